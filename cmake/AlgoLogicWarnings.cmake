@@ -1,0 +1,15 @@
+# Warning flags shared by every target of the project.
+function(algologic_set_warnings target)
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /utf-8)
+        if(ALGOLOGIC_WERROR)
+            target_compile_options(${target} PRIVATE /WX)
+        endif()
+    else()
+        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
+                               -Wnon-virtual-dtor -Woverloaded-virtual)
+        if(ALGOLOGIC_WERROR)
+            target_compile_options(${target} PRIVATE -Werror)
+        endif()
+    endif()
+endfunction()

@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Installs the build dependencies that are missing, through apt-get (Debian).
+# Does nothing when everything is already there. Run as root.
+set -euo pipefail
+
+packages=(cmake make g++ qtbase5-dev)
+missing=()
+for package in "${packages[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
+        missing+=("$package")
+    fi
+done
+
+if [ ${#missing[@]} -gt 0 ]; then
+    echo "Installing: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get update -qq
+    apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi

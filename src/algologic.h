@@ -1,0 +1,28 @@
+#pragma once
+
+// Umbrella header of the AlgoLogic library: every exported class, the host
+// stand-ins and both constants headers.
+
+#include "common/algologicglobal.h"
+#include "common/algoconstants.h"
+#include "common/logging.h"
+#include "common/metatypes.h"
+#include "common/numbers.h"
+#include "common/version.h"
+
+#include "platform/algodefines.h"
+#include "platform/varianttypes.h"
+#include "platform/kxthread.h"
+#include "platform/aesstrategy.h"
+#include "platform/kxalgodatamgr.h"
+#include "platform/businessdata.h"
+#include "platform/helmbusinessdata.h"
+#include "platform/helmutils.h"
+#include "platform/quotehandler.h"
+
+#include "symbol/symbolinfobase.h"
+#include "symbol/t0symbolinfo.h"
+
+#include "instance/instanceinfobase.h"
+
+#include "strategy/strategymgr.h"
