@@ -24,5 +24,6 @@
 #include "symbol/t0symbolinfo.h"
 
 #include "instance/instanceinfobase.h"
+#include "instance/instancemgr.h"
 
 #include "strategy/strategymgr.h"

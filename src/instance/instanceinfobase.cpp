@@ -169,18 +169,6 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
     Q_UNUSED(records)
 }
 
-int InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse(const VariantMap& record, bool isNew)
-{
-    Q_UNUSED(record)
-    Q_UNUSED(isNew)
-    return 0;
-}
-
-void InstanceInfoBase::OnRect_QueryAlgoStrategyResponse_Detail(const VariantMap& record)
-{
-    Q_UNUSED(record)
-}
-
 void InstanceInfoBase::OnRecv_InstStatusUpdate(const VariantMapList& records)
 {
     Q_UNUSED(records)
@@ -195,22 +183,6 @@ void InstanceInfoBase::OnRecv_DeleteAlgoInstanceResponse(const VariantMap& recor
 {
     Q_UNUSED(record)
     m_strategyDeleted = Algo_Values::AlgoDeleteStatus::deleted;
-}
-
-void InstanceInfoBase::UpdateParamMap(const QString& params)
-{
-    Q_UNUSED(params)
-}
-
-void InstanceInfoBase::initInfo(VariantMap record)
-{
-    Q_UNUSED(record)
-}
-
-void InstanceInfoBase::initSymbolInfo(const VariantMap& record, const VariantMap& params)
-{
-    Q_UNUSED(record)
-    Q_UNUSED(params)
 }
 
 // ---- status and progress rules ------------------------------------------------

@@ -112,6 +112,15 @@ public:
     // The report format of this instance in the strategy catalogue.
     QString reportFmt() const;
 
+    // ---- parameter texts ---------------------------------------------------
+
+    // The value of `key` in the JSON object `json`, as text; empty when the
+    // key is absent or the text is not JSON (logged).
+    QString getParamFromJosn(const QString& json, const QString& key);
+    // "orderInfo-basePrice" from a metadata text that is a JSON array of
+    // objects; empty for any other text.
+    QString fillMetaData(const QString& metaData);
+
     // ---- legs --------------------------------------------------------------
 
     // Stores `leg` under its own getKey() and takes ownership. A leg already
@@ -265,6 +274,10 @@ public:
     void setCreateUser(const QString& user) { m_createUser = user; }
 
 protected:
+    // Comments, trade order, mode, market rate, open side and invest type
+    // from the parameter text m_params.
+    void applyParamDerivedFields();
+
     // Distinct non-empty values of `field` over the legs, in key order.
     template <typename Field>
     QStringList distinctLegValues(Field field) const;

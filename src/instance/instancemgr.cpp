@@ -1,0 +1,389 @@
+#include "instance/instancemgr.h"
+
+#include "common/algoconstants.h"
+#include "common/logging.h"
+#include "common/metatypes.h"
+#include "instance/instanceinfobase.h"
+#include "platform/algodefines.h"
+#include "platform/businessdata.h"
+#include "symbol/t0symbolinfo.h"
+
+#include <QTimer>
+
+namespace {
+
+// The instance-content lock: created when the library is loaded, never
+// destroyed, so that it outlives every thread that may still read instances.
+QReadWriteLock* const g_instanceContentLock = new QReadWriteLock(QReadWriteLock::Recursive);
+
+constexpr int kT0CalculateIntervalMs = 30000;
+const QString kKeySeparator = QStringLiteral("_");
+
+} // namespace
+
+InstanceMgr* InstanceMgr::instance()
+{
+    static InstanceMgr* const s_instance = new InstanceMgr(nullptr);
+    return s_instance;
+}
+
+InstanceMgr::InstanceMgr(QObject* parent)
+    : QObject(parent)
+{
+    AlgoLogic::registerMetaTypes();
+    m_thread.setObjectName(QStringLiteral("InstanceMgr_Thread"));
+    moveToThread(&m_thread);
+    m_thread.start(QThread::InheritPriority);
+}
+
+InstanceMgr::~InstanceMgr() = default;
+
+void InstanceMgr::init()
+{
+    qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::init" << "InstanceMgr init";
+    m_timerT0CalculateNew = new QTimer;
+    m_timerT0CalculateNew->setObjectName(QStringLiteral("m_timerT0CalculateNew"));
+    m_timerT0CalculateNew->setInterval(kT0CalculateIntervalMs);
+    m_timerT0CalculateNew->setSingleShot(false);
+    // The manager is the context object: the call is queued into its thread.
+    connect(m_timerT0CalculateNew, &QTimer::timeout, this,
+            [this] { slotCalculateTimer(QString()); });
+    m_timerT0CalculateNew->start();
+}
+
+QReadWriteLock* InstanceMgr::getLocker()
+{
+    return g_instanceContentLock;
+}
+
+// ---- creation and registry ------------------------------------------------------
+
+InstanceInfoBase* InstanceMgr::CreateInstance(const QString& algoType, const VariantMap& record,
+                                              const QString& algoName)
+{
+    Q_UNUSED(algoName)
+    InstanceInfoBase* inst = new InstanceInfoBase;
+    if (algoType == Algo_Values::AlgoGlobalType::multiStr)
+        inst->setClassType(AlgoConst::ClassTypeMulti);
+    else if (algoType == Algo_Values::AlgoGlobalType::T0)
+        inst->setClassType(AlgoConst::ClassTypeT0);
+    else
+        inst->setClassType(AlgoConst::ClassTypeInfo);
+
+    if (record.isEmpty())
+        return inst;
+
+    inst->initInfo(record);
+    InsertNewInstance(inst);
+    qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::CreateInstance" << "InsertNewInstance"
+                                      << inst->instanceID() << inst;
+    return inst;
+}
+
+SymbolInfoBase* InstanceMgr::CreateSymbolInfo(const QString& algoType, const QString& symbol)
+{
+    Q_UNUSED(symbol)
+    if (algoType == Algo_Values::AlgoGlobalType::T0)
+        return new T0SymbolInfo;
+    return new SymbolInfoBase;
+}
+
+void InstanceMgr::InsertNewInstance(InstanceInfoBase* inst)
+{
+    if (!inst)
+        return;
+    QWriteLocker locker(&m_lockInstance);
+    const QString instanceID = inst->instanceID();
+    InstanceInfoBase* previous = m_mapInstance.value(instanceID, nullptr);
+    if (previous && previous != inst)
+        m_retiredInstances.append(previous);
+    m_mapInstance.insert(instanceID, inst);
+    const QString clInstanceID = inst->clInstanceID();
+    if (clInstanceID.isEmpty())
+        return;
+    m_mapClInstToInst.insert(clInstanceID, instanceID);
+}
+
+void InstanceMgr::DeleteInstance(const QString& instanceID)
+{
+    qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::DeleteInstance" << instanceID;
+    QWriteLocker locker(&m_lockInstance);
+    const auto it = m_mapInstance.constFind(instanceID);
+    if (it == m_mapInstance.constEnd())
+        return;
+    InstanceInfoBase* inst = it.value();
+    if (inst) {
+        // The query router may set the client ID under the content lock.
+        QString clInstanceID;
+        {
+            QReadLocker contentLocker(g_instanceContentLock);
+            clInstanceID = inst->clInstanceID();
+        }
+        m_mapClInstToInst.remove(clInstanceID);
+        m_retiredInstances.append(inst);
+    }
+    m_mapInstance.remove(instanceID);
+}
+
+bool InstanceMgr::ContainsInstance(const QString& instanceID)
+{
+    QReadLocker locker(&m_lockInstance);
+    return m_mapInstance.contains(instanceID);
+}
+
+InstanceInfoBase* InstanceMgr::GetInstanceInfo(const QString& instanceID)
+{
+    QReadLocker locker(&m_lockInstance);
+    return m_mapInstance.value(instanceID, nullptr);
+}
+
+// ---- queries --------------------------------------------------------------------------
+
+QList<QString> InstanceMgr::GetAllInstanceIDs(const QString& algoType)
+{
+    QReadLocker registryLocker(&m_lockInstance);
+    qCDebug(lcAlgoInstance).noquote() << "GetAllInstanceIDs:" << algoType;
+    if (algoType == Algo_Values::AlgoGlobalType::unknown)
+        return m_mapInstance.keys();
+
+    QList<QString> ids;
+    QReadLocker contentLocker(g_instanceContentLock);
+    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
+        if (!inst) {
+            qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDs" << "null ptr"
+                                              << algoType;
+            continue;
+        }
+        if (inst->instAlgoType() == algoType || algoType == Algo_Values::AlgoGlobalType::all)
+            ids.append(inst->instanceID());
+    }
+    return ids;
+}
+
+namespace {
+
+// The creator filter of the "except deleted" queries.
+bool createdByLoginOrNobody(const InstanceInfoBase* inst, const QString& loginAccount)
+{
+    const QString creator = inst->getCreateUser();
+    return creator.isEmpty() || creator == loginAccount;
+}
+
+bool isDeleted(const InstanceInfoBase* inst)
+{
+    return inst->getStrategyDeleted() == Algo_Values::AlgoDeleteStatus::deleted;
+}
+
+} // namespace
+
+QStringList InstanceMgr::GetAllInstanceIDsExceptDeleted(const QString& algoType, bool allCreators)
+{
+    QReadLocker registryLocker(&m_lockInstance);
+    qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDsExceptDeleted"
+                                      << "GetAllInstanceIDs:" << algoType;
+    if (algoType == Algo_Values::AlgoGlobalType::unknown)
+        return m_mapInstance.keys();
+
+    const QString login =
+        allCreators ? QString() : CBusinessDataBase::GetInstance()->GetLoginAccount();
+    QStringList ids;
+    QReadLocker contentLocker(g_instanceContentLock);
+    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
+        if (!inst) {
+            qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDsExceptDeleted"
+                                              << "null ptr" << algoType;
+            continue;
+        }
+        if (isDeleted(inst) || inst->instAlgoType() != algoType)
+            continue;
+        if (!allCreators && !createdByLoginOrNobody(inst, login))
+            continue;
+        ids.append(inst->instanceID());
+    }
+    return ids;
+}
+
+QStringList InstanceMgr::GetAllInstanceIDsExceptDeletedForAllType(bool allCreators)
+{
+    QReadLocker registryLocker(&m_lockInstance);
+    const QString login =
+        allCreators ? QString() : CBusinessDataBase::GetInstance()->GetLoginAccount();
+    QStringList ids;
+    QReadLocker contentLocker(g_instanceContentLock);
+    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
+        if (!inst || isDeleted(inst))
+            continue;
+        if (!allCreators && !createdByLoginOrNobody(inst, login))
+            continue;
+        ids.append(inst->instanceID());
+    }
+    return ids;
+}
+
+QStringList InstanceMgr::GetInstanceIDsForSpecialAlgoName(const QStringList& algoNames)
+{
+    QReadLocker registryLocker(&m_lockInstance);
+    qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetInstanceIDsForSpecialAlgoName"
+                                      << algoNames;
+    QStringList ids;
+    QReadLocker contentLocker(g_instanceContentLock);
+    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
+        if (!inst) {
+            qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetInstanceIDsForSpecialAlgoName"
+                                              << "null ptr";
+            continue;
+        }
+        if (algoNames.contains(inst->strategyName()))
+            ids.append(inst->instanceID());
+    }
+    return ids;
+}
+
+QMap<QString, InstanceInfoBase*> InstanceMgr::GetInstanceInfoForAllType()
+{
+    // Taken without a lock, as the terminal always has: the copy is implicitly
+    // shared and the objects it points to are never freed.
+    return m_mapInstance;
+}
+
+QString InstanceMgr::GetAlgoTypeByInstID(const QString& instanceID)
+{
+    QString algoType;
+    InstanceInfoBase* inst = GetInstanceInfo(instanceID);
+    if (!inst) {
+        qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAlgoTypeByInstID" << "null ptr"
+                                          << instanceID;
+        return algoType;
+    }
+    QReadLocker contentLocker(g_instanceContentLock);
+    algoType = inst->instAlgoType();
+    return algoType;
+}
+
+QString InstanceMgr::GetInstanceIDByClInstID(const QString& clInstanceID)
+{
+    QReadLocker locker(&m_lockInstance);
+    return m_mapClInstToInst.value(clInstanceID);
+}
+
+// ---- symbol keys and legs ----------------------------------------------------------
+
+QString InstanceMgr::GetSymbolExtInfoKey(const QString& instanceID, const QString& symbol,
+                                         QString side)
+{
+    return QStringLiteral("%1_%2_%3").arg(instanceID, symbol, side);
+}
+
+QString InstanceMgr::getInstIdFromSymbolKey(const QString& key)
+{
+    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
+    return parts.size() >= 2 ? parts.at(0) : QString();
+}
+
+QString InstanceMgr::getSymbolFromSymbolKey(const QString& key)
+{
+    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
+    return parts.size() >= 2 ? parts.at(1) : QString();
+}
+
+QString InstanceMgr::getSideFromSymbolKey(const QString& key)
+{
+    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
+    return parts.size() >= 3 ? parts.at(2) : QString();
+}
+
+QString InstanceMgr::getSymbolOrdeSideFromKey(QString key)
+{
+    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
+    return parts.size() >= 3 ? parts.at(1) + kKeySeparator + parts.at(2) : QString();
+}
+
+SymbolInfoBase* InstanceMgr::getSymbolInfo(QString key)
+{
+    const QString instanceID = getInstIdFromSymbolKey(key);
+    InstanceInfoBase* inst = GetInstanceInfo(instanceID);
+    if (!inst) {
+        qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::getSymbolInfo" << "null ptr"
+                                          << instanceID;
+        return nullptr;
+    }
+    QReadLocker contentLocker(g_instanceContentLock);
+    return inst->getSymbolInfo(key);
+}
+
+void InstanceMgr::getOneSymbol(QString instanceID, QString& symbol, QString& side)
+{
+    InstanceInfoBase* inst = GetInstanceInfo(instanceID);
+    if (!inst) {
+        qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::getOneSymbol" << "null ptr"
+                                          << instanceID;
+        return;
+    }
+    QReadLocker contentLocker(g_instanceContentLock);
+    inst->getOneSymbol(symbol, side);
+}
+
+// ---- create errors --------------------------------------------------------------------
+
+void InstanceMgr::setCreateErrorInfoByClInst(const QString& clInstanceID,
+                                             const QString& errorCode, const QString& errorText)
+{
+    QWriteLocker locker(&m_lockCreateErrorInfo);
+    m_mapCreateErrorInfo.insert(clInstanceID, std::make_pair(errorCode, errorText));
+}
+
+std::pair<QString, QString> InstanceMgr::getCreateErrorInfoByClInst(const QString& clInstanceID)
+{
+    QReadLocker locker(&m_lockCreateErrorInfo);
+    return m_mapCreateErrorInfo.value(clInstanceID,
+                                      std::make_pair(QStringLiteral(""), QStringLiteral("")));
+}
+
+// ---- notifications ----------------------------------------------------------------------
+
+void InstanceMgr::SendSignalModifyPush(const QString& instanceID, const QString& ack,
+                                       const QString& comment)
+{
+    emit signalModifyPush(instanceID, ack, comment);
+}
+
+void InstanceMgr::SendSignalMultiProgress(const QString& instanceID)
+{
+    emit signalMultiProgressUpdated(instanceID);
+}
+
+void InstanceMgr::SendSignalProgressDelay(const QString& instanceID)
+{
+    emit signalProgreeDelayUpadaete(instanceID);
+}
+
+void InstanceMgr::SendSignalProgressUpdated(const QString& instanceID, const QList<QString>& keys)
+{
+    emit signalProgressUpdated(instanceID, keys);
+}
+
+void InstanceMgr::SendSignalStatusUpdate(const QString& instanceID, const QString& status)
+{
+    emit signalStatusUpdated(instanceID, status);
+}
+
+void InstanceMgr::SendSignalSymbolRemainQty(const QString& instanceID,
+                                            const QHash<QString, double>& remaining)
+{
+    emit sigSymbolRemainQty(instanceID, remaining);
+}
+
+void InstanceMgr::SendSignalSymbolStatusUpdate(const QMap<QString, QMap<QString, QVariant>>& legs)
+{
+    emit signalSymbolStatusUpdate(legs);
+}
+
+void InstanceMgr::SendSignalTimeUpdate(const QString& instanceID, const QString& status)
+{
+    emit signalTimeUpdate(instanceID, status);
+}
+
+void InstanceMgr::slotCalculateTimer(QString unused)
+{
+    Q_UNUSED(unused)
+}
