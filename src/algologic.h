@@ -27,3 +27,7 @@
 #include "instance/instancemgr.h"
 
 #include "strategy/strategymgr.h"
+
+#include "log/logmgr.h"
+
+#include "variants/t0instanceinfo.h"

@@ -19,6 +19,7 @@
 #include <QObject>
 #include <QReadWriteLock>
 #include <QString>
+#include <QStringList>
 
 // Whether an algo trades one security or several.
 enum ALGO_SYMBOL_FLAG {
@@ -60,6 +61,28 @@ public:
     // The authority node of table[account][category][algoName], or an empty
     // text where a level is missing. Note the argument order.
     QString GetAlgoNode(QString account, QString algoName, QString category) const;
+
+    // ---- authority queries ----
+    // An algo is authorised for (account, category) when its name is a key of
+    // table[account][category]. Names come back sorted by code unit; lookups
+    // never insert into the table.
+
+    // Names authorised for every listed account (none for an empty list).
+    QStringList GetAuthorityNameIntersection(QStringList accounts, QString category) const;
+    // The same names as catalogue entries (the default entry for a name the
+    // catalogue does not know).
+    QList<AesStrategy> GetAuthorityIntersection(QStringList accounts, QString category) const;
+    // The intersection over every account of the table.
+    QList<AesStrategy> GetAuthorityIntersection(QString category) const;
+    // Names authorised for at least one account, as catalogue entries.
+    QList<AesStrategy> GetAuthorityUnion(QString category) const;
+    QList<AesStrategy> GetAuthorityAlgo(QString account, QString category) const;
+    QStringList GetAuthorityAlgoName(QString account, QString category) const;
+    // Aliases of GetAuthorityAlgo's entries, in the order of their names.
+    QStringList GetAuthorityAlgoAlias(QString account, QString category) const;
+    // Accounts for which the algo is authorised, ascending. Algo name first.
+    QStringList GetAuthorityAccountList(QString algoName, QString category) const;
+    bool hasCorrespAuthority(QString account, QString algoName, QString category) const;
 
 signals:
     void sigAlgoInfoReady();
