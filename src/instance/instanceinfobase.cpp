@@ -145,40 +145,6 @@ void InstanceInfoBase::deleteLegs()
 
 // ---- handlers ---------------------------------------------------------------
 
-void InstanceInfoBase::OnRecv_StrategyReportResponse(const VariantMapList& records)
-{
-    Q_UNUSED(records)
-}
-
-void InstanceInfoBase::OnRecvInstProgressInfo(const QList<QString>& reports)
-{
-    QMap<QString, QList<QString>> updatedByInstance;
-    OnRecvInstProgressInfo(reports, false, updatedByInstance);
-}
-
-void InstanceInfoBase::OnRecvInstProgressInfo(const QList<QString>& reports, const bool& flag,
-                                              QMap<QString, QList<QString>>& updatedByInstance)
-{
-    Q_UNUSED(reports)
-    Q_UNUSED(flag)
-    Q_UNUSED(updatedByInstance)
-}
-
-void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapList& records)
-{
-    Q_UNUSED(records)
-}
-
-void InstanceInfoBase::OnRecv_InstStatusUpdate(const VariantMapList& records)
-{
-    Q_UNUSED(records)
-}
-
-void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
-{
-    Q_UNUSED(records)
-}
-
 void InstanceInfoBase::OnRecv_DeleteAlgoInstanceResponse(const VariantMap& record)
 {
     Q_UNUSED(record)

@@ -278,6 +278,18 @@ protected:
     // from the parameter text m_params.
     void applyParamDerivedFields();
 
+    // Takes a new, non-empty parameter text: stores it, runs UpdateParamMap,
+    // then the mode, market rate, open side, invest type and comments.
+    void takeParameters(const QString& paras);
+
+    // Applies progress report texts to the legs of `instanceID`; within the
+    // batch an older report of a symbol and side never overwrites a newer
+    // one. Returns the symbol keys of the legs updated.
+    QList<QString> parseSymbolProgressReport(const QString& instanceID,
+                                             const QList<QString>& reports);
+    // Recomputes the instance's targets, fills and progress from its legs.
+    void parseInsPorgressReport();
+
     // Distinct non-empty values of `field` over the legs, in key order.
     template <typename Field>
     QStringList distinctLegValues(Field field) const;

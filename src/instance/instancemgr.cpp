@@ -7,6 +7,7 @@
 #include "platform/algodefines.h"
 #include "platform/businessdata.h"
 #include "symbol/t0symbolinfo.h"
+#include "variants/t0instanceinfo.h"
 
 #include <QTimer>
 
@@ -62,13 +63,17 @@ InstanceInfoBase* InstanceMgr::CreateInstance(const QString& algoType, const Var
                                               const QString& algoName)
 {
     Q_UNUSED(algoName)
-    InstanceInfoBase* inst = new InstanceInfoBase;
-    if (algoType == Algo_Values::AlgoGlobalType::multiStr)
+    InstanceInfoBase* inst = nullptr;
+    if (algoType == Algo_Values::AlgoGlobalType::multiStr) {
+        inst = new InstanceInfoBase;
         inst->setClassType(AlgoConst::ClassTypeMulti);
-    else if (algoType == Algo_Values::AlgoGlobalType::T0)
+    } else if (algoType == Algo_Values::AlgoGlobalType::T0) {
+        inst = new T0InstanceInfo;
         inst->setClassType(AlgoConst::ClassTypeT0);
-    else
+    } else {
+        inst = new InstanceInfoBase;
         inst->setClassType(AlgoConst::ClassTypeInfo);
+    }
 
     if (record.isEmpty())
         return inst;
@@ -381,9 +386,4 @@ void InstanceMgr::SendSignalSymbolStatusUpdate(const QMap<QString, QMap<QString,
 void InstanceMgr::SendSignalTimeUpdate(const QString& instanceID, const QString& status)
 {
     emit signalTimeUpdate(instanceID, status);
-}
-
-void InstanceMgr::slotCalculateTimer(QString unused)
-{
-    Q_UNUSED(unused)
 }

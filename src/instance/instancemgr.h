@@ -181,6 +181,10 @@ private:
     InstanceInfoBase* GetInstanceInfo(const QString& instanceID);
     // The registered instance of record 0's strategy ID, or null.
     InstanceInfoBase* lookUpFirstRecord(const VariantMapList& records, QString& instanceID);
+    // The registered instances of `algoType` whose class is T, in ID order;
+    // none for the unknown type.
+    template <typename T>
+    QList<T*> GetInstanceInfoList(const QString& algoType);
 
     QMap<QString, InstanceInfoBase*> m_mapInstance; // guarded by m_lockInstance
     QMap<QString, QString> m_mapClInstToInst;       // guarded by m_lockInstance

@@ -6,6 +6,7 @@
 #include "instance/instancemgr.h"
 
 #include "common/logging.h"
+#include "instance/contentwritesection.h"
 #include "instance/instanceinfobase.h"
 #include "platform/algodefines.h"
 #include "strategy/strategymgr.h"
@@ -43,7 +44,7 @@ void InstanceMgr::OnRecv_QueryAlgoStrategyResponse(const VariantMapList& records
             QString status;
             bool isDeleted = false;
             {
-                QWriteLocker contentLocker(getLocker());
+                ContentWriteSection section;
                 if (inst->clInstanceID().isEmpty()) {
                     const QString clId = record.value(Helm_Fields::Strategy::clAlgoID).toString();
                     if (!clId.isEmpty())
@@ -68,10 +69,17 @@ void InstanceMgr::OnRecv_QueryAlgoStrategyResponse(const VariantMapList& records
             if (!clId.isEmpty())
                 inst->setclInstanceID(clId);
             InsertNewInstance(inst);
-            // Not reachable by others before the insertion, and the handler
-            // runs right after it: no content lock, no time signal.
-            flags = inst->OnRecv_QueryAlgoStrategyResponse(record, true);
-            if (inst->getStrategyDeleted() == Algo_Values::AlgoDeleteStatus::deleted)
+            // From the insertion on, readers in other threads can reach the
+            // object: its handler writes it under the content lock like any
+            // other. A new instance gets no time signal.
+            bool isDeleted = false;
+            {
+                ContentWriteSection section;
+                flags = inst->OnRecv_QueryAlgoStrategyResponse(record, true);
+                isDeleted =
+                    inst->getStrategyDeleted() == Algo_Values::AlgoDeleteStatus::deleted;
+            }
+            if (isDeleted)
                 deleted.append(instanceID);
         }
 
@@ -100,7 +108,7 @@ void InstanceMgr::OnRecv_StrategyProgressGatherResponse(const VariantMapList& re
     if (!inst)
         return;
     {
-        QWriteLocker contentLocker(getLocker());
+        ContentWriteSection section;
         inst->OnRecv_StrategyProgressGatherResponse(records);
     }
     emit signalProgreeDelayUpadaete(instanceID);
@@ -114,7 +122,7 @@ void InstanceMgr::OnRecv_StrategyReportResponse(const VariantMapList& records)
     InstanceInfoBase* inst = lookUpFirstRecord(records, instanceID);
     if (!inst)
         return;
-    QWriteLocker contentLocker(getLocker());
+    ContentWriteSection section;
     inst->OnRecv_StrategyReportResponse(records);
 }
 
@@ -128,7 +136,7 @@ void InstanceMgr::OnRecv_DeleteAlgoInstanceResponse(const VariantMapList& record
         return;
     // The terminal refreshes the instance's figures from the answer; removal
     // is the host's business (DeleteInstance).
-    QWriteLocker contentLocker(getLocker());
+    ContentWriteSection section;
     inst->OnRecv_StrategyProgressGatherResponse(records);
 }
 
@@ -151,7 +159,7 @@ int InstanceMgr::OnRecv_InstStatusUpdate(const QString& instanceID, const Varian
     }
     QString status;
     {
-        QWriteLocker contentLocker(getLocker());
+        ContentWriteSection section;
         inst->OnRecv_InstStatusUpdate(records);
         status = inst->status();
     }
@@ -173,7 +181,7 @@ bool InstanceMgr::onRecv_InstModifyPush(const QString& instanceID, const Variant
             << "###update instance status failed, can not find instance info: " << instanceID;
         return false;
     }
-    QWriteLocker contentLocker(getLocker());
+    ContentWriteSection section;
     inst->OnRecv_InstModifyPush(records);
     return true;
 }

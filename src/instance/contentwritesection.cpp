@@ -1,0 +1,41 @@
+#include "instance/contentwritesection.h"
+
+#include "instance/instancemgr.h"
+
+#include <vector>
+
+namespace {
+
+thread_local int t_depth = 0;
+thread_local std::vector<std::function<void()>> t_pending;
+
+} // namespace
+
+ContentWriteSection::ContentWriteSection()
+{
+    InstanceMgr::instance()->getLocker()->lockForWrite();
+    ++t_depth;
+}
+
+ContentWriteSection::~ContentWriteSection()
+{
+    --t_depth;
+    InstanceMgr::instance()->getLocker()->unlock();
+    if (t_depth > 0)
+        return;
+    // A receiver may route more traffic and so queue more notifications.
+    while (!t_pending.empty()) {
+        std::vector<std::function<void()>> pending;
+        pending.swap(t_pending);
+        for (const std::function<void()>& emitter : pending)
+            emitter();
+    }
+}
+
+void ContentWriteSection::notify(std::function<void()> emitter)
+{
+    if (t_depth > 0)
+        t_pending.push_back(std::move(emitter));
+    else
+        emitter();
+}

@@ -1,0 +1,183 @@
+// Server-side changes of a known instance: status pushes (instance and legs)
+// and acknowledged modifications of its parameters.
+
+#include "instance/instanceinfobase.h"
+
+#include "common/logging.h"
+#include "instance/contentwritesection.h"
+#include "instance/instancemgr.h"
+#include "platform/algodefines.h"
+#include "platform/businessdata.h"
+#include "platform/helmbusinessdata.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonParseError>
+
+namespace {
+
+const QString kPushTimeFormat = QStringLiteral("yyyyMMdd-hh:mm:ss");
+const QString kAcknowledged = QStringLiteral("1");
+// Instructions of this alias carry their limit price under PriceLimitsPOV.
+const QString kInstructionPovAlias = QStringLiteral("指令POV扩展策略");
+
+// Start and end times of a push; an unreadable time keeps the stored one.
+void takePushTimes(const VariantMap& record, QDateTime& start, QDateTime& end)
+{
+    const auto take = [&record](const QString& key, QDateTime& target) {
+        if (!record.contains(key))
+            return;
+        const QDateTime time = QDateTime::fromString(record.value(key).toString(), kPushTimeFormat);
+        if (time.isValid())
+            target = time;
+    };
+    take(Algo_Fields::HelmStrategy::AlgStartTime, start);
+    take(Algo_Fields::HelmStrategy::AlgEndTime, end);
+}
+
+QVariantList listValue(const VariantMap& map, const QString& key)
+{
+    const QVariant value = map.value(key);
+    if (value.type() == QVariant::String)
+        return QJsonDocument::fromJson(value.toString().toUtf8()).array().toVariantList();
+    return value.toList();
+}
+
+} // namespace
+
+void InstanceInfoBase::takeParameters(const QString& paras)
+{
+    m_params = paras;
+    UpdateParamMap(paras);
+    setInstMode(getParamFromJosn(paras, Algo_Fields::AlgoInstContentInfo::instMode));
+    m_marketRate = getParamFromJosn(paras, Algo_Fields::AlgoInstContentInfo::participationrate);
+    m_openSide = getParamFromJosn(paras, Algo_Values::AlgoParamId::OpenClose);
+    m_investType = getParamFromJosn(paras, Algo_Values::AlgoParamId::InvestType);
+    m_instanceComments = getParamFromJosn(paras, Algo_Values::AlgoParamId::comment);
+}
+
+void InstanceInfoBase::OnRecv_InstStatusUpdate(const VariantMapList& records)
+{
+    if (records.isEmpty())
+        return;
+    const VariantMap& first = records.first();
+    const QString status = first.value(Tessel_Fields::Strategy::strategyStatus).toString();
+    const QString alterComment =
+        first.value(Algo_Fields::HelmStrategy::StrategyAlterComment).toString();
+    const QString paras = first.value(Tessel_Fields::Strategy::strategyParas).toString();
+
+    if (!paras.isEmpty())
+        takeParameters(paras);
+    setStatus(status);
+    if (first.contains(Algo_Fields::HelmStrategy::StrategyAlterComment))
+        m_remark = alterComment;
+    takePushTimes(first, m_startTime, m_endTime);
+
+    QMap<QString, QMap<QString, QVariant>> changedLegs;
+    for (int i = 1; i < records.size(); ++i) {
+        const VariantMap& record = records.at(i);
+        const QString legStatus = record.value(Tessel_Fields::Strategy::strategyStatus).toString();
+        const QString side = record.contains(Tessel_Fields::Security::side)
+                               ? record.value(Tessel_Fields::Security::side).toString()
+                               : Algo_Values::AlgoGlobalType::all;
+        const QString symbol = record.value(Tessel_Fields::Security::symbol).toString();
+        const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, side);
+        SymbolInfoBase* leg = getSymbolInfo(key);
+        if (!leg) {
+            qCDebug(lcAlgoInstance).noquote() << "InstanceInfoBase::OnRecv_InstStatusUpdate"
+                                              << "symbolInfo null" << key;
+            continue;
+        }
+        leg->setStatus(legStatus);
+        changedLegs.insert(key, record);
+    }
+
+    InstanceMgr* mgr = InstanceMgr::instance();
+    ContentWriteSection::notify(
+        [mgr, changedLegs] { emit mgr->signalSymbolStatusUpdate(changedLegs); });
+}
+
+void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
+{
+    if (records.isEmpty())
+        return;
+    const VariantMap& first = records.first();
+    const QString status = first.value(Tessel_Fields::Strategy::strategyStatus).toString();
+    const QString ack = first.value(Algo_Fields::HelmStrategy::ExecAckStatus).toString();
+    const QString alias = first.value(Tessel_Fields::Strategy::StrategyInstanceAlias).toString();
+    const QString alterComment =
+        first.value(Algo_Fields::HelmStrategy::StrategyAlterComment).toString();
+
+    const bool instruction = m_instAlgoType == Algo_Values::AlgoGlobalType::instruction;
+    if (instruction) {
+        const QString user = first.value(Tessel_Fields::UserAccount::userID).toString();
+        const QString login = CBusinessDataBase::GetInstance()->GetLoginAccount();
+        if (user != login) {
+            // Another user changed the instruction: the server's word stands,
+            // the change is applied all the same.
+            qCDebug(lcAlgoInstance).noquote() << "InstanceInfoBase::OnRecv_InstModifyPush"
+                                              << "modified by another user" << m_instanceID
+                                              << user << login;
+        }
+    }
+
+    if (ack == kAcknowledged) {
+        const QString paras = first.value(Tessel_Fields::Strategy::strategyParas).toString();
+        if (!paras.isEmpty())
+            takeParameters(paras);
+
+        QJsonParseError error;
+        const QJsonDocument document = QJsonDocument::fromJson(paras.toUtf8(), &error);
+        const VariantMap params = document.object().toVariantMap();
+        namespace ContentKey = Algo_Fields::AlgoInstContentInfo;
+        const QVariantList securities =
+            listValue(params, instruction ? Algo_Values::AlgoParamId::InstructionAlgoSecurityList
+                                          : ContentKey::SymbolParamKey);
+        const QString& priceKey =
+            alias == kInstructionPovAlias ? ContentKey::PriceLimitsPOV : ContentKey::PriceLimits;
+        double targetSum = 0.0;
+        int legsTaken = 0;
+        for (const QVariant& item : securities) {
+            const VariantMap entry = item.toMap();
+            const QString symbol = entry.value(ContentKey::Symbol).toString();
+            const QString side = entry.value(ContentKey::OrderSide).toString();
+            if (symbol.contains(QLatin1Char('_')) || side.contains(QLatin1Char('_'))) {
+                qCWarning(lcAlgoInstance).noquote()
+                    << "InstanceInfoBase::OnRecv_InstModifyPush"
+                    << "symbol key part contains _, skipped" << m_instanceID << symbol << side;
+                continue;
+            }
+            const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, side);
+            SymbolInfoBase* leg = getSymbolInfo(key);
+            if (!leg) {
+                // A leg the modification added: it belongs to the instance
+                // from now on.
+                leg = InstanceMgr::CreateSymbolInfo(m_instAlgoType, symbol);
+                leg->setInstanceID(m_instanceID);
+                leg->setStrategyName(m_strategyName);
+                leg->setSymbol(symbol);
+                leg->setOrderSide(side);
+                leg->setKey(key);
+                AddSymbolInfo(leg);
+            }
+            const double quantity = entry.value(ContentKey::Quantity).toDouble();
+            leg->setLimitPrice(entry.value(priceKey).toString());
+            leg->setTargetQty(quantity);
+            leg->setTargetAmount(entry.value(ContentKey::Quantity_Amount).toDouble());
+            targetSum += quantity * HelmBusinessDataInterface::GetDispFactorBySymbol(symbol);
+            ++legsTaken;
+        }
+        if (legsTaken > 0)
+            m_targetQty = targetSum;
+    }
+
+    setStatus(status);
+    takePushTimes(first, m_startTime, m_endTime);
+
+    InstanceMgr* mgr = InstanceMgr::instance();
+    const QString instanceID = m_instanceID;
+    ContentWriteSection::notify([mgr, instanceID, ack, alterComment] {
+        emit mgr->signalModifyPush(instanceID, ack, alterComment);
+    });
+}
