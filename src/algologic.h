@@ -30,4 +30,5 @@
 
 #include "log/logmgr.h"
 
+#include "variants/multiinstanceinfo.h"
 #include "variants/t0instanceinfo.h"

@@ -281,6 +281,9 @@ protected:
     // Takes a new, non-empty parameter text: stores it, runs UpdateParamMap,
     // then the mode, market rate, open side, invest type and comments.
     void takeParameters(const QString& paras);
+    // AlgStartTime and AlgEndTime of a push ("yyyyMMdd-hh:mm:ss") into the
+    // start and end times; an absent or unreadable time keeps the stored one.
+    void applyPushTimes(const VariantMap& record);
 
     // Applies progress report texts to the legs of `instanceID`; within the
     // batch an older report of a symbol and side never overwrites a newer

@@ -22,20 +22,6 @@ const QString kAcknowledged = QStringLiteral("1");
 // Instructions of this alias carry their limit price under PriceLimitsPOV.
 const QString kInstructionPovAlias = QStringLiteral("指令POV扩展策略");
 
-// Start and end times of a push; an unreadable time keeps the stored one.
-void takePushTimes(const VariantMap& record, QDateTime& start, QDateTime& end)
-{
-    const auto take = [&record](const QString& key, QDateTime& target) {
-        if (!record.contains(key))
-            return;
-        const QDateTime time = QDateTime::fromString(record.value(key).toString(), kPushTimeFormat);
-        if (time.isValid())
-            target = time;
-    };
-    take(Algo_Fields::HelmStrategy::AlgStartTime, start);
-    take(Algo_Fields::HelmStrategy::AlgEndTime, end);
-}
-
 QVariantList listValue(const VariantMap& map, const QString& key)
 {
     const QVariant value = map.value(key);
@@ -45,6 +31,19 @@ QVariantList listValue(const VariantMap& map, const QString& key)
 }
 
 } // namespace
+
+void InstanceInfoBase::applyPushTimes(const VariantMap& record)
+{
+    const auto take = [&record](const QString& key, QDateTime& target) {
+        if (!record.contains(key))
+            return;
+        const QDateTime time = QDateTime::fromString(record.value(key).toString(), kPushTimeFormat);
+        if (time.isValid())
+            target = time;
+    };
+    take(Algo_Fields::HelmStrategy::AlgStartTime, m_startTime);
+    take(Algo_Fields::HelmStrategy::AlgEndTime, m_endTime);
+}
 
 void InstanceInfoBase::takeParameters(const QString& paras)
 {
@@ -72,7 +71,7 @@ void InstanceInfoBase::OnRecv_InstStatusUpdate(const VariantMapList& records)
     setStatus(status);
     if (first.contains(Algo_Fields::HelmStrategy::StrategyAlterComment))
         m_remark = alterComment;
-    takePushTimes(first, m_startTime, m_endTime);
+    applyPushTimes(first);
 
     QMap<QString, QMap<QString, QVariant>> changedLegs;
     for (int i = 1; i < records.size(); ++i) {
@@ -173,7 +172,7 @@ void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
     }
 
     setStatus(status);
-    takePushTimes(first, m_startTime, m_endTime);
+    applyPushTimes(first);
 
     InstanceMgr* mgr = InstanceMgr::instance();
     const QString instanceID = m_instanceID;

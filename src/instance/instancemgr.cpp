@@ -7,6 +7,8 @@
 #include "platform/algodefines.h"
 #include "platform/businessdata.h"
 #include "symbol/t0symbolinfo.h"
+#include "variants/RushLimitUpInstanceInfo.h"
+#include "variants/multiinstanceinfo.h"
 #include "variants/t0instanceinfo.h"
 
 #include <QTimer>
@@ -65,11 +67,14 @@ InstanceInfoBase* InstanceMgr::CreateInstance(const QString& algoType, const Var
     Q_UNUSED(algoName)
     InstanceInfoBase* inst = nullptr;
     if (algoType == Algo_Values::AlgoGlobalType::multiStr) {
-        inst = new InstanceInfoBase;
+        inst = new MultiInstanceInfo;
         inst->setClassType(AlgoConst::ClassTypeMulti);
     } else if (algoType == Algo_Values::AlgoGlobalType::T0) {
         inst = new T0InstanceInfo;
         inst->setClassType(AlgoConst::ClassTypeT0);
+    } else if (algoType == Algo_Values::AlgoGlobalType::feature) {
+        inst = new RushLimitUpInstanceInfo;
+        inst->setClassType(AlgoConst::ClassTypeInfo);
     } else {
         inst = new InstanceInfoBase;
         inst->setClassType(AlgoConst::ClassTypeInfo);
