@@ -229,6 +229,8 @@ int InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse(const VariantMap& record,
     namespace HelmKey = Algo_Fields::HelmStrategy;
 
     const QString status = record.value(Strategy::strategyStatus).toString();
+    const bool hasDeletion = record.contains(HelmKey::strategyDeleted);
+    const QString deletion = record.value(HelmKey::strategyDeleted).toString();
     const QString strategyName = record.value(Strategy::strategyName).toString();
     const AesStrategy strategy = StrategyMgr::instance()->GetStrategy(strategyName);
     if (strategy.name().isEmpty()
@@ -243,10 +245,17 @@ int InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse(const VariantMap& record,
     const QString timeKeys[] = {HelmKey::AlgStartTime, HelmKey::AlgEndTime, HelmKey::AlgCreateTime};
     QDateTime* const times[] = {&m_startTime, &m_endTime, &m_createTime};
 
+    // The deletion state travels with every answer: the router reports
+    // deleted instances from it.
+    if (hasDeletion)
+        m_strategyDeleted = deletion;
+
     if (isNew) {
         m_instanceAlias = record.value(Strategy::StrategyInstanceAlias).toString();
         setStatus(status);
         m_instAlgoType = strategy.algoType();
+        // A new instance knows its algo only from this answer.
+        m_strategyName = strategyName;
         bool anyTime = false;
         for (int i = 0; i < 3; ++i) {
             if (record.contains(timeKeys[i])) {

@@ -251,8 +251,10 @@ QStringList InstanceMgr::GetInstanceIDsForSpecialAlgoName(const QStringList& alg
 
 QMap<QString, InstanceInfoBase*> InstanceMgr::GetInstanceInfoForAllType()
 {
-    // Taken without a lock, as the terminal always has: the copy is implicitly
-    // shared and the objects it points to are never freed.
+    // The copy shares the map's data; taking it while another thread inserts
+    // would race, so it is taken under the registry lock. The objects it
+    // points to are never freed, so the copy stays usable without a lock.
+    QReadLocker locker(&m_lockInstance);
     return m_mapInstance;
 }
 

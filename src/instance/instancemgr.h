@@ -84,7 +84,8 @@ public:
     // IDs of the instances whose strategy name is in `algoNames` (deleted and
     // other creators' instances included).
     QStringList GetInstanceIDsForSpecialAlgoName(const QStringList& algoNames);
-    // A copy of the registry, taken without a lock.
+    // A copy of the registry (taken under the registry lock); the pointers stay
+    // valid for the life of the process.
     QMap<QString, InstanceInfoBase*> GetInstanceInfoForAllType();
     QString GetAlgoTypeByInstID(const QString& instanceID);
     // The server instance ID for a client instance ID, or a null text.

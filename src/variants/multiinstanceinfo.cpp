@@ -319,7 +319,7 @@ void MultiInstanceInfo::initSymbolInfo(const VariantMap& content, const VariantM
     }
     collectLegAccounts(content.value(DetailKey::SymbolListA), accounts);
     collectLegAccounts(content.value(DetailKey::SymbolListB), accounts);
-    m_multiTradingAccountLst = accounts;
+    m_multiTradingAccountLst += accounts;
 
     const QVariant effect = content.value(DetailKey::EffectTime);
     if (!effect.isValid())
@@ -368,7 +368,13 @@ void MultiInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& records)
     namespace ContentKey = Algo_Fields::AlgoInstContentInfo;
     const QString params = first.value(Tessel_Fields::Strategy::strategyParas).toString();
     if (!params.isEmpty()) {
-        takeParameters(params);
+        // The comment is taken only once the text has been read as JSON: a
+        // broken text must not wipe the one shown.
+        setParams(params);
+        setInstMode(getParamFromJosn(params, ContentKey::instMode));
+        setMarketRate(getParamFromJosn(params, ContentKey::participationrate));
+        setOpenSide(getParamFromJosn(params, Algo_Values::AlgoParamId::OpenClose));
+        setInvestType(getParamFromJosn(params, Algo_Values::AlgoParamId::InvestType));
 
         QJsonParseError error;
         const QJsonDocument document = QJsonDocument::fromJson(params.toUtf8(), &error);
@@ -407,6 +413,7 @@ void MultiInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& records)
         }
         setTargetQty(total);
         initSymbolInfo(paramMap, VariantMap());
+        setInstanceComments(getParamFromJosn(params, Algo_Values::AlgoParamId::comment));
     }
 
     setStatus(status);
