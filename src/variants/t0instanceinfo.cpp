@@ -23,6 +23,9 @@ T0InstanceInfo::T0InstanceInfo()
     , m_t0EndTime(QLatin1String(""))
     , m_occupyAmount(QLatin1String(""))
 {
+    // The registry sets the tag too; a T0 instance made by a host is tagged
+    // all the same, so that its copies keep T0 legs.
+    setClassType(AlgoConst::ClassTypeT0);
 }
 
 T0InstanceInfo::T0InstanceInfo(const T0InstanceInfo& other)

@@ -139,8 +139,6 @@ void TestInstanceStatus::statusUpdate_data()
 
     const QDateTime start(QDate(2024, 3, 5), QTime(9, 31, 2));
     const QDateTime end(QDate(2024, 3, 5), QTime(14, 57));
-    QTest::newRow("status taken") << "4" << VariantMap{{Strat::strategyStatus, "3"}} << "3"
-                                  << "r0" << kStart << kEnd;
     QTest::newRow("refused status kept") << "2" << VariantMap{{Strat::strategyStatus, "1"}}
                                          << "2" << "r0" << kStart << kEnd;
     QTest::newRow("remark from alteration comment")
@@ -205,7 +203,7 @@ void TestInstanceStatus::takeParameters_data()
                                 {AlgoConst::LabelContinueAfterExpiry, "是"}});
     const QStringList fromTaken{taken, "c1", "multi", "0.15", "Open", "Hedge", "是"};
     const QStringList kept{"{\"到期后是否继续交易\":\"否\"}", "old", "other", "0.5", "Close",
-                           "Spec", "否"};
+                           "Arbitrage", "否"};
     QTest::newRow("status update takes them") << false << "" << taken << fromTaken;
     QTest::newRow("status update without them keeps them") << false << "" << "" << kept;
     QTest::newRow("acknowledged modify takes them") << true << "1" << taken << fromTaken;
@@ -229,7 +227,7 @@ void TestInstanceStatus::takeParameters()
     inst.setInstMode("other");
     inst.setMarketRate("0.5");
     inst.setOpenSide("Close");
-    inst.setInvestType("Spec");
+    inst.setInvestType("Arbitrage");
 
     const VariantMapList records{{{Strat::strategyStatus, "3"},
                                   {Strat::strategyParas, params},
@@ -330,13 +328,6 @@ void TestInstanceStatus::modifyPush_data()
         << plain << kLogin << "" << "1"
         << securities({security(kWide, 100, 0, "8"), security(kSym, 9, 90, "2.5")}) << kWide
         << QStringList{"8", "100", "0"} << 1009.0 << 2 << "" << false;
-    QTest::newRow("list given as text")
-        << plain << kLogin << "" << "1"
-        << json({{Content::SymbolParamKey,
-                  QString::fromUtf8(QJsonDocument::fromVariant(QVariantList{
-                                        security(kSym, 9, 90, "2.5")})
-                                        .toJson())}})
-        << kSym << QStringList{"2.5", "9", "90"} << 9.0 << 1 << "" << false;
     QTest::newRow("instruction reads its own list")
         << instr << kLogin << "" << "1"
         << json({{Algo_Values::AlgoParamId::InstructionAlgoSecurityList,

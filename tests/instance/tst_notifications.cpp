@@ -208,7 +208,7 @@ T0SymbolInfo* TestNotifications::addLeg(InstanceInfoBase* inst, const QString& s
     leg->setInstanceID(inst->instanceID());
     leg->setSymbol(symbol);
     leg->setOrderSide(QStringLiteral("All"));
-    leg->setKey(InstanceMgr::GetSymbolExtInfoKey(inst->instanceID(), symbol, QStringLiteral("All")));
+    leg->setKey(InstanceMgr::GetSymbolExtInfoKey(inst->instanceID(), symbol, "All"));
     leg->setProfitAmount(-777); // never a result of the rows below
     inst->AddSymbolInfo(leg);
     return leg;
@@ -273,7 +273,7 @@ void TestNotifications::addSignalRows(bool withoutForwarder)
     QTest::addColumn<QVariantList>("args");
 
     const QString id = QStringLiteral("inst-9");
-    const QList<QString> keys{QStringLiteral("inst-9_600000_All"), QStringLiteral("inst-9_000001_1")};
+    const QList<QString> keys{"inst-9_600000_All", "inst-9_000001_1"};
     const QHash<QString, double> remaining{{keys.at(0), 1500.25}, {keys.at(1), 0.0}};
     LegMap legs;
     legs[keys.at(0)].insert(QStringLiteral("status"), QStringLiteral("2"));
@@ -315,7 +315,8 @@ void TestNotifications::addSignalRows(bool withoutForwarder)
 
     const QStringList ids{id, QStringLiteral("inst-10")};
     QTest::newRow("sigInstUpdated")
-        << QByteArray("sigInstUpdated") << Emitter([=](InstanceMgr* m) { emit m->sigInstUpdated(ids); })
+        << QByteArray("sigInstUpdated")
+        << Emitter([=](InstanceMgr* m) { emit m->sigInstUpdated(ids); })
         << QVariantList{ids};
     QTest::newRow("signalInsListToLogic")
         << QByteArray("signalInsListToLogic")
@@ -350,8 +351,10 @@ void TestNotifications::forwarders()
 
     emitter(mgr());
 
-    for (auto it = spies.cbegin(); it != spies.cend(); ++it)
-        QCOMPARE(qMakePair(it.key(), it.value()->count()), qMakePair(it.key(), it.key() == signal ? 1 : 0));
+    for (auto it = spies.cbegin(); it != spies.cend(); ++it) {
+        const int expected = it.key() == signal ? 1 : 0;
+        QVERIFY2(it.value()->count() == expected, it.key().constData());
+    }
     QCOMPARE(describe(spies.value(signal)->first()), describe(args));
 }
 
@@ -463,7 +466,8 @@ void TestNotifications::tickSelectsT0Instances()
 
 void TestNotifications::profitFormula_data()
 {
-    QTest::addColumn<QVariantList>("figures"); // sellAmount sellDeal buyDeal buyAmount buyFee sellFee
+    // sellAmount, sellDealQty, buyDealQty, buyAmount, buyFee, sellFee
+    QTest::addColumn<QVariantList>("figures");
     QTest::addColumn<QVariant>("price");        // invalid: no price known for the symbol
     QTest::addColumn<double>("profit");
 
