@@ -319,7 +319,7 @@ void MultiInstanceInfo::initSymbolInfo(const VariantMap& content, const VariantM
     }
     collectLegAccounts(content.value(DetailKey::SymbolListA), accounts);
     collectLegAccounts(content.value(DetailKey::SymbolListB), accounts);
-    m_multiTradingAccountLst += accounts;
+    m_multiTradingAccountLst = accounts;
 
     const QVariant effect = content.value(DetailKey::EffectTime);
     if (!effect.isValid())
