@@ -1,6 +1,7 @@
 #include "instance/instanceinfobase.h"
 
 #include "common/algoconstants.h"
+#include "instance/instancemgr.h"
 #include "platform/algodefines.h"
 #include "strategy/strategymgr.h"
 #include "symbol/t0symbolinfo.h"
@@ -282,6 +283,31 @@ void InstanceInfoBase::AddSymbolInfo(SymbolInfoBase* leg)
     if (previous)
         m_replacedLegs.append(previous);
     m_symbolMap.insert(key, leg);
+}
+
+bool InstanceInfoBase::keyPartsUsable(const char* function, const QString& symbol,
+                                      const QString& side) const
+{
+    if (!symbol.contains(QLatin1Char('_')) && !side.contains(QLatin1Char('_')))
+        return true;
+    qCWarning(lcAlgoInstance).noquote() << function << "symbol key part contains _, skipped"
+                                        << m_instanceID << symbol << side;
+    return false;
+}
+
+SymbolInfoBase* InstanceInfoBase::findOrAddLeg(const QString& symbol, const QString& side)
+{
+    const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, side);
+    if (SymbolInfoBase* leg = getSymbolInfo(key))
+        return leg;
+    SymbolInfoBase* leg = InstanceMgr::CreateSymbolInfo(m_instAlgoType, symbol);
+    leg->setInstanceID(m_instanceID);
+    leg->setStrategyName(m_strategyName);
+    leg->setSymbol(symbol);
+    leg->setOrderSide(side);
+    leg->setKey(key);
+    AddSymbolInfo(leg);
+    return leg;
 }
 
 SymbolInfoBase* InstanceInfoBase::getSymbolInfo(const QString& key) const

@@ -281,6 +281,15 @@ protected:
     // Takes a new, non-empty parameter text: stores it, runs UpdateParamMap,
     // then the mode, market rate, open side, invest type and comments.
     void takeParameters(const QString& paras);
+    // False, with a warning naming `function`, when the symbol or side
+    // contains "_", the separator of symbol keys: such a leg could never be
+    // found again by its key.
+    bool keyPartsUsable(const char* function, const QString& symbol,
+                        const QString& side = QString()) const;
+    // The leg of `symbol` and `side`, created and added (owned by the
+    // instance) when the instance lacks it.
+    SymbolInfoBase* findOrAddLeg(const QString& symbol, const QString& side);
+
     // AlgStartTime and AlgEndTime of a push ("yyyyMMdd-hh:mm:ss") into the
     // start and end times; an absent or unreadable time keeps the stored one.
     void applyPushTimes(const VariantMap& record);

@@ -171,14 +171,8 @@ void InstanceInfoBase::initSymbolInfo(const VariantMap& record, const VariantMap
         const VariantMap entry = item.toMap();
         const QString symbol = entryText(entry, record, ContentKey::Symbol);
         const QString side = entryText(entry, record, ContentKey::OrderSide);
-        if (symbol.contains(QLatin1Char('_')) || side.contains(QLatin1Char('_'))) {
-            // "_" separates the parts of a symbol key: such a leg could never
-            // be found again.
-            qCWarning(lcAlgoInstance).noquote()
-                << "InstanceInfoBase::initSymbolInfo" << "symbol key part contains _, skipped"
-                << m_instanceID << symbol << side;
+        if (!keyPartsUsable("InstanceInfoBase::initSymbolInfo", symbol, side))
             continue;
-        }
         const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, side);
         if (m_symbolMap.value(key, nullptr))
             continue;

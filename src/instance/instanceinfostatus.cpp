@@ -141,25 +141,10 @@ void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
             const VariantMap entry = item.toMap();
             const QString symbol = entry.value(ContentKey::Symbol).toString();
             const QString side = entry.value(ContentKey::OrderSide).toString();
-            if (symbol.contains(QLatin1Char('_')) || side.contains(QLatin1Char('_'))) {
-                qCWarning(lcAlgoInstance).noquote()
-                    << "InstanceInfoBase::OnRecv_InstModifyPush"
-                    << "symbol key part contains _, skipped" << m_instanceID << symbol << side;
+            if (!keyPartsUsable("InstanceInfoBase::OnRecv_InstModifyPush", symbol, side))
                 continue;
-            }
-            const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, side);
-            SymbolInfoBase* leg = getSymbolInfo(key);
-            if (!leg) {
-                // A leg the modification added: it belongs to the instance
-                // from now on.
-                leg = InstanceMgr::CreateSymbolInfo(m_instAlgoType, symbol);
-                leg->setInstanceID(m_instanceID);
-                leg->setStrategyName(m_strategyName);
-                leg->setSymbol(symbol);
-                leg->setOrderSide(side);
-                leg->setKey(key);
-                AddSymbolInfo(leg);
-            }
+            // A leg the modification adds belongs to the instance from now on.
+            SymbolInfoBase* leg = findOrAddLeg(symbol, side);
             const double quantity = entry.value(ContentKey::Quantity).toDouble();
             leg->setLimitPrice(entry.value(priceKey).toString());
             leg->setTargetQty(quantity);

@@ -50,12 +50,8 @@ void RushLimitUpInstanceInfo::initSymbolInfo(const VariantMap& params, const Var
     if (!params.contains(AlgoConst::ParamSymbol))
         return;
     const QString symbol = params.value(AlgoConst::ParamSymbol).toString();
-    if (symbol.contains(QLatin1Char('_'))) {
-        qCWarning(lcAlgoInstance).noquote()
-            << "RushLimitUpInstanceInfo::initSymbolInfo" << "symbol key part contains _, skipped"
-            << m_instanceID << symbol;
+    if (!keyPartsUsable("RushLimitUpInstanceInfo::initSymbolInfo", symbol))
         return;
-    }
     SymbolInfoBase* leg = InstanceMgr::CreateSymbolInfo(m_instAlgoType, m_strategyName);
     leg->setInstanceID(m_instanceID);
     leg->setStrategyName(m_strategyName);

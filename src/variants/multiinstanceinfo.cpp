@@ -387,25 +387,12 @@ void MultiInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& records)
         for (const QVariant& item : legs) {
             const VariantMap entry = item.toMap();
             const QString symbol = entry.value(ContentKey::Symbol).toString();
-            if (symbol.contains(QLatin1Char('_'))) {
-                qCWarning(lcAlgoInstance).noquote()
-                    << "MultiInstanceInfo::OnRecv_InstModifyPush"
-                    << "symbol key part contains _, skipped" << m_instanceID << symbol;
+            if (!keyPartsUsable("MultiInstanceInfo::OnRecv_InstModifyPush", symbol))
                 continue;
-            }
-            const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, side);
-            SymbolInfoBase* leg = getSymbolInfo(key);
-            if (!leg) {
-                // A leg the modification added: it belongs to the instance.
-                leg = InstanceMgr::CreateSymbolInfo(m_instAlgoType, m_strategyName);
-                leg->setInstanceID(m_instanceID);
-                leg->setStrategyName(m_strategyName);
-                leg->setSymbol(symbol);
-                leg->setOrderSide(side);
-                leg->setKey(key);
-                AddSymbolInfo(leg);
-            }
-            qCDebug(lcAlgoInstance).noquote() << "MultiInstanceInfo::OnRecv_InstModifyPush" << key;
+            // A leg the modification adds belongs to the instance from now on.
+            SymbolInfoBase* leg = findOrAddLeg(symbol, side);
+            qCDebug(lcAlgoInstance).noquote() << "MultiInstanceInfo::OnRecv_InstModifyPush"
+                                              << leg->getKey();
             const double quantity = entry.value(ContentKey::Quantity).toDouble();
             leg->setLimitPrice(entry.value(ContentKey::PriceLimits).toString());
             leg->setTargetQty(quantity);

@@ -81,12 +81,8 @@ void T0InstanceInfo::initSymbolInfo(const VariantMap& content, const VariantMap&
     for (const QVariant& item : list) {
         const VariantMap entry = item.toMap();
         const QString symbol = entry.value(ContentKey::Symbol).toString();
-        if (symbol.contains(QLatin1Char('_'))) {
-            qCWarning(lcAlgoInstance).noquote()
-                << "T0InstanceInfo::initSymbolInfo" << "symbol key part contains _, skipped"
-                << m_instanceID << symbol;
+        if (!keyPartsUsable("T0InstanceInfo::initSymbolInfo", symbol))
             continue;
-        }
         const QString key =
             InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, Algo_Values::AlgoGlobalType::all);
         const QString exchange = entry.value(ContentKey::Exchange).toString();
