@@ -20,7 +20,8 @@ endfunction()
 
 run_step(${CMAKE_COMMAND} --install ${ALGOLOGIC_BINARY_DIR} --prefix ${prefix})
 run_step(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE_DIR} -B ${WORK_DIR}/build
-         -G ${CMAKE_GENERATOR} -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
+         -G ${CMAKE_GENERATOR} -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release
+         "-DCMAKE_CXX_FLAGS=${CONSUMER_FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${CONSUMER_FLAGS}")
 run_step(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 
 find_program(consumer algologic_consumer PATHS ${WORK_DIR}/build NO_DEFAULT_PATH)

@@ -184,6 +184,15 @@ QJsonObject instanceToJson(InstanceInfoBase& inst)
         {QStringLiteral("createUser"), inst.getCreateUser()},
         {QStringLiteral("standardProgress"), toJson(inst.standardProgress())},
         {QStringLiteral("symbolSize"), inst.getSymbolSize()},
+        // Display texts derived from the legs and the last server record.
+        {QStringLiteral("orderSide_Inst"), inst.getOrderSide_Inst()},
+        {QStringLiteral("entrustProp_Inst"), inst.getEntrustProp_Inst()},
+        {QStringLiteral("entrustQtyStr"), inst.getEntrustQtyStr()},
+        {QStringLiteral("tradingAccount"), inst.getTradingAccount()},
+        {QStringLiteral("fundAccount"), inst.getFundAccount()},
+        {QStringLiteral("fundAccountName"), inst.getFundAccountName()},
+        {QStringLiteral("stockAccount"), inst.getStockAccount()},
+        {QStringLiteral("productName"), inst.getProductName()},
     };
     if (const auto* t0 = dynamic_cast<const T0InstanceInfo*>(&inst))
         addT0Fields(o, *t0);
