@@ -37,10 +37,10 @@ void TestAlgoConstants::importedTexts_data()
         << Algo_Fields::AlgoInstContentInfo::SymbolParamKey << "SymbolParamKey";
     QTest::newRow("Quantity_Amount")
         << Algo_Fields::AlgoInstContentInfo::Quantity_Amount << "Quantity_Amount";
-    QTest::newRow("RunningData")
-        << Multi_Fields::MultiInstProgressFields::RunningData << "RunningData";
-    QTest::newRow("misspelt group") << Multi_Fields::MulitStrDetailInfo::SymbolListA
-                                    << "SymbolListA";
+    QTest::newRow("RunningData") << Multi_Fields::MultiInstProgressFields::RunningData
+                                 << "RunningData";
+    QTest::newRow("misspelt group")
+        << Multi_Fields::MulitStrDetailInfo::SymbolListA << "SymbolListA";
     QTest::newRow("basis key") << Multi_Fields::MulitStrBasis::BasisType << "BasisType";
     QTest::newRow("basis value") << Multi_Fields::MulitStrBasis::ReverseClose << "ReverseClose";
     QTest::newRow("traderOrder") << Algo_Values::AlgoParamId::traderOrder << "traderOrder";
@@ -109,9 +109,8 @@ void TestAlgoConstants::listOrder()
     QCOMPARE(AlgoConst::OrderParamKeys.mid(10), AlgoConst::AlgoParamKeys);
     QCOMPARE(AlgoConst::OrderParamKeys.first(), QStringLiteral("tradingAccount"));
     QCOMPARE(AlgoConst::AlgoParamKeys.last(), QStringLiteral("noEntrustIfCovered"));
-    QCOMPARE(AlgoConst::RushLimitUpWords,
-             QStringList({QStringLiteral("1"), QStringLiteral("0"), QStringLiteral("2"),
-                          QStringLiteral("3")}));
+    QCOMPARE(AlgoConst::RushLimitUpWords, QStringList({QStringLiteral("1"), QStringLiteral("0"),
+                                                       QStringLiteral("2"), QStringLiteral("3")}));
 }
 
 QTEST_GUILESS_MAIN(TestAlgoConstants)

@@ -1,6 +1,6 @@
-// Filling an instance from server records: the first full record, the legs
-// of its parameters, query answers and their change flags, detail records,
-// and the parameter text.
+// Filling an instance from server records: the first full record, the legs of
+// its parameters, query answers and their change flags, detail records, and
+// the parameter text.
 
 #include <algologic.h>
 
@@ -13,590 +13,375 @@ namespace {
 namespace Strategy = Tessel_Fields::Strategy;
 namespace Content = Algo_Fields::AlgoInstContentInfo;
 namespace HelmKey = Algo_Fields::HelmStrategy;
+namespace Progress = Algo_Fields::AlgoInstProgressFields;
 
-const QString kAlgo = QStringLiteral("AITWAP");
-const QString kPairAlgo = QStringLiteral("AIPAIR");
-const QString kDepositAlgo = QStringLiteral("DepositAlgo");
-const QString kMultiAlgo = QStringLiteral("BasisAlgo");
+const QString kAlgo = QStringLiteral("AITWAP"), kPairAlgo = QStringLiteral("AIPAIR"),
+              kMultiAlgo = QStringLiteral("BasisAlgo");
 
 VariantMap fullRecord()
 {
-    return {
-        {Strategy::strategyID, QStringLiteral("500")},
-        {Strategy::strategyParas,
-         QStringLiteral("{\"comment\":\"hello\",\"traderOrder\":\"Buy\",\"instMode\":\"multi\","
-                        "\"participationrate\":\"0.2\",\"OpenClose\":\"Open\","
-                        "\"InvestType\":\"Hedge\"}")},
-        {Strategy::strategyName, kAlgo},
-        {Strategy::strategyType, QStringLiteral("Normal")},
-        {Strategy::strategyStatus, QStringLiteral("1")},
-        {Strategy::StrategyInstanceAlias, QStringLiteral("my twap")},
-        {Algo_Fields::AlgoInstProgressFields::TargetQty, 1000},
-        {Algo_Fields::AlgoInstProgressFields::FilledQty, 250},
-        {Algo_Fields::AlgoInstProgressFields::DealAmount, 2500.5},
-        {Algo_Fields::AlgoInstProgressFields::Progress, 0.25},
-        {Algo_Fields::AlgoInstProgressFields::TargetAmount, 10000},
-        {Tessel_Fields::UserAccount::reMarks, QStringLiteral("remark")},
-        {HelmKey::strategyDeleted, QStringLiteral("0")},
-        {HelmKey::AlgCreateTime, QStringLiteral("20261120-09:15:00")},
-        {Helm_Fields::Strategy::clAlgoID, QStringLiteral("cl-500")},
-        {Tessel_Fields::UserAccount::userID, QStringLiteral("trader01")},
-    };
+    return {{Strategy::strategyID, "500"},
+            {Strategy::strategyName, kAlgo},
+            {Strategy::strategyType, "Normal"},
+            {Strategy::strategyParas,
+             "{\"comment\":\"hello\",\"traderOrder\":\"Buy\",\"instMode\":\"multi\","
+             "\"participationrate\":\"0.2\",\"OpenClose\":\"Open\",\"InvestType\":\"Hedge\"}"},
+            {Strategy::strategyStatus, "1"},
+            {Strategy::StrategyInstanceAlias, "my twap"},
+            {Progress::TargetQty, 1000},
+            {Progress::FilledQty, 250},
+            {Progress::DealAmount, 2500.5},
+            {Progress::Progress, 0.25},
+            {Progress::TargetAmount, 10000},
+            {Tessel_Fields::UserAccount::reMarks, "remark"},
+            {HelmKey::strategyDeleted, "0"},
+            {HelmKey::AlgCreateTime, "20261120-09:15:00"},
+            {Helm_Fields::Strategy::clAlgoID, "cl-500"},
+            {Tessel_Fields::UserAccount::userID, "trader01"}};
+}
+
+// After UpdateParamMap: "start date-time|run time|continue trading|start at once|end date|trading
+// account|fund account|fund name|product". Otherwise: "status|alias|name|type|start|comment|trade
+// order|mode|market rate|open side|invest type|id|remark|deleted|client id|creator|created|base
+// price|target filled amount progress target amount", the times as "dd hh:mm".
+QString readBack(InstanceInfoBase& i, const QString& op)
+{
+    if (op == "params")
+        return QStringList{i.startDateTime().toString("yyyy-MM-dd hh:mm"),
+                           i.runTimeInParam(),
+                           i.getContinueTrade(),
+                           i.getCreateStart(),
+                           i.getEndDate(),
+                           i.getTradingAccount_Inst(),
+                           i.getFundAccount_Inst(),
+                           i.getFundAccountName_Inst(),
+                           i.getProductName_Inst()}
+            .join('|');
+    return QStringList{i.status(),
+                       i.instanceAlias(),
+                       i.strategyName(),
+                       i.instAlgoType(),
+                       i.startTime().toString("dd hh:mm"),
+                       i.getInstanceComments(),
+                       i.getInstanceTradeOrder(),
+                       i.getInstMode(),
+                       i.getMarketRate(),
+                       i.getOpenSide(),
+                       i.getInvestType(),
+                       i.instanceID(),
+                       i.remark(),
+                       i.getStrategyDeleted(),
+                       i.clInstanceID(),
+                       i.getCreateUser(),
+                       i.getCreateTime().toString("dd hh:mm"),
+                       i.getBasePrice(),
+                       QStringLiteral("%1 %2 %3 %4 %5")
+                           .arg(i.targetQty())
+                           .arg(i.filledQty())
+                           .arg(i.filledBalance())
+                           .arg(i.progrees())
+                           .arg(i.targetAmount())}
+        .join('|');
 }
 
 VariantMap security(const QString& symbol, const QString& side, double qty)
 {
-    return {{Content::Symbol, symbol}, {Content::OrderSide, side}, {Content::Quantity, qty},
-            {Content::Exchange, QStringLiteral("SH")}};
+    return {{Content::Symbol, symbol},
+            {Content::OrderSide, side},
+            {Content::Quantity, qty},
+            {Content::Exchange, "SH"}};
 }
 
-// An instance whose catalogue entry is known, in status "1".
-InstanceInfoBase* knownInstance(const QString& algo = kAlgo)
+// "[T0] key symbol side exchange trading fund security prop limit qty amount parent status"
+QString describe(const SymbolInfoBase* l)
 {
-    auto* inst = new InstanceInfoBase;
-    inst->setInstanceID(QStringLiteral("700"));
-    inst->setStrategyName(algo);
-    inst->setInstAlgoType(QStringLiteral("Normal"));
-    inst->setStatus(QStringLiteral("1"));
-    return inst;
+    return QStringList{dynamic_cast<const T0SymbolInfo*>(l) ? "T0" : "",
+                       l->getKey(),
+                       l->symbol(),
+                       l->orderSide(),
+                       l->exchange(),
+                       l->getTradingAccount(),
+                       l->getFundAccount(),
+                       l->getSecurityAccout(),
+                       l->entrustProp(),
+                       l->limitPrice(),
+                       QString::number(l->targetQty()),
+                       QString::number(l->targetAmount()),
+                       l->getClParentID(),
+                       l->getStatus()}
+        .join(' ')
+        .trimmed();
 }
+
+// `op` hands `record` to a fresh record ("init": initInfo; "new": a query answer; "params":
+// UpdateParamMap of record["text"]; "param": getParamFromJosn of record["json"] and ["key"];
+// "meta": fillMetaData of ["json"]) or to the known instance 700 of AITWAP, of type `type`, in
+// status 1, with a start on the 19th at 09:30 when `startKnown` ("known": a query answer;
+// "detail"). A query returns `flags`; afterwards the parsed value, or the leading fields of
+// readBack, are `state`.
+struct Row
+{
+    QString op, type;
+    bool startKnown;
+    VariantMap record;
+    int flags;
+    QString state;
+};
+struct Legs
+{
+    QString algoType;
+    VariantMap params;
+    QStringList legs;
+    double instanceTarget;
+}; // legs in key order
 
 } // namespace
+
+Q_DECLARE_METATYPE(Row)
+Q_DECLARE_METATYPE(Legs)
 
 class TestInstanceInit : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void cleanup();
-
-    void getParamFromJosn_data();
-    void getParamFromJosn();
-    void fillMetaData_data();
-    void fillMetaData();
-
-    void initInfoFillsTheRecord();
-    void initInfoWithBrokenParameters();
-    void initInfoGridDefaultsTradeOrder();
-
-    void initSymbolInfoBuildsLegs();
-    void initSymbolInfoFallsBackToRecord();
-    void initSymbolInfoIsIdempotent();
-    void initSymbolInfoScalesTargetByDisplayFactor();
-    void initSymbolInfoMakesT0Legs();
-    void initSymbolInfoSkipsUnderscoreSymbols();
-    void initSymbolInfoAcceptsJsonList();
-
-    void queryFlagsForNewInstance_data();
-    void queryFlagsForNewInstance();
-    void queryRefusesUnknownAndDeposit_data();
-    void queryRefusesUnknownAndDeposit();
-    void queryFlagsForKnownInstance_data();
-    void queryFlagsForKnownInstance();
-    void queryTakesNameForMultiOrUntyped_data();
-    void queryTakesNameForMultiOrUntyped();
-
-    void detailRefreshesInstance();
-    void detailOfAnotherInstanceIsIgnored();
-
-    void updateParamMapTimes_data();
-    void updateParamMapTimes();
-    void updateParamMapDisplaySettingsAndAccount();
-    void updateParamMapIgnoresBrokenJson();
+    void initTestCase()
+    {
+        KxAlgoDataMgr::instance().setStrategies(
+            {AesStrategy(kAlgo, "TWAP", "Normal", "1"),
+             AesStrategy(kPairAlgo, "Pair", "Normal", "2"),
+             AesStrategy("DepositAlgo", {}, Algo_Values::AlgoGlobalType::deposit, "1"),
+             AesStrategy(kMultiAlgo, {}, Algo_Values::AlgoGlobalType::multiStr, "2")});
+    }
+    void initSymbolInfo_data();
+    void initSymbolInfo();
+    void records_data();
+    void records();
 };
 
-void TestInstanceInit::initTestCase()
+void TestInstanceInit::initSymbolInfo_data()
 {
-    KxAlgoDataMgr::instance().setStrategies({
-        AesStrategy(kAlgo, QStringLiteral("TWAP"), QStringLiteral("Normal"), QStringLiteral("1")),
-        AesStrategy(kPairAlgo, QStringLiteral("Pair"), QStringLiteral("Normal"),
-                    QStringLiteral("2")),
-        AesStrategy(kDepositAlgo, QString(), Algo_Values::AlgoGlobalType::deposit,
-                    QStringLiteral("1")),
-        AesStrategy(kMultiAlgo, QString(), Algo_Values::AlgoGlobalType::multiStr,
-                    QStringLiteral("2")),
-        AesStrategy(QStringLiteral("GridTradingStrategy"), QString(), QStringLiteral("Normal"),
-                    QStringLiteral("1")),
-    });
+    QTest::addColumn<Legs>("row");
+    const VariantMap full{{Content::Symbol, "600000.SH"},
+                          {Content::OrderSide, "1"},
+                          {Content::Quantity, 300},
+                          {Content::Exchange, "SH"},
+                          {Content::TradingAccount, "T1"},
+                          {Content::SecurityAccount, "A1"},
+                          {Algo_Values::AlgoParamId::entrustProp, "LIMIT"},
+                          {Content::PriceLimits, "10.00"},
+                          {Content::StockPriceLimit, "10.50"},
+                          {Content::Quantity_Amount, 3150}};
+    const auto list = [](const QVariantList& securities) {
+        return VariantMap{{Content::SymbolParamKey, securities}};
+    };
+    // The stock limit wins over the limit; T1 belongs to fund F1; leg state for 42_600000.SH_1
+    // only.
+    QTest::newRow("legs from the list")
+        << Legs{"",
+                list({full, security("000001.SZ", "2", 200)}),
+                {"42_000001.SZ_2 000001.SZ 2 SH      200 0",
+                 "42_600000.SH_1 600000.SH 1 SH T1 F1 A1 LIMIT 10.50 300 3150 P1 1"},
+                500};
+    QTest::newRow("keys missing in the entry come from the record")
+        << Legs{"",
+                {{Content::SymbolParamKey, QVariantList{VariantMap{{Content::Symbol, "A"}}}},
+                 {Content::OrderSide, "2"},
+                 {Content::TradingAccount, "T9"},
+                 {Content::PriceLimits, "5.5"},
+                 {Content::Quantity, 100}},
+                {"42_A_2 A 2  T9    5.5 100 0"},
+                100};
+    QTest::newRow("instance target in display units (BOND1 x10)")
+        << Legs{"",
+                list({security("BOND1", "1", 30), security("STOCK1", "1", 7)}),
+                {"42_BOND1_1 BOND1 1 SH      30 0", "42_STOCK1_1 STOCK1 1 SH      7 0"},
+                307};
+    QTest::newRow("T0 instance makes T0 legs")
+        << Legs{Algo_Values::AlgoGlobalType::T0,
+                list({security("600000.SH", "All", 300)}),
+                {"T0 42_600000.SH_All 600000.SH All SH      300 0"},
+                300};
+    QTest::newRow("symbol with '_' skipped")
+        << Legs{"",
+                list({security("BAD_CODE", "1", 10), security("GOOD", "1", 20)}),
+                {"42_GOOD_1 GOOD 1 SH      20 0"},
+                20};
 }
 
-void TestInstanceInit::cleanup()
+void TestInstanceInit::initSymbolInfo()
 {
-    HelmBusinessDataInterface::Reset();
-}
-
-void TestInstanceInit::getParamFromJosn_data()
-{
-    QTest::addColumn<QString>("json");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<bool>("parseError");
-
-    QTest::newRow("text") << "{\"comment\":\"abc\"}" << "comment" << "abc" << false;
-    QTest::newRow("number") << "{\"rate\":0.5}" << "rate" << "0.5" << false;
-    QTest::newRow("bool") << "{\"on\":true}" << "on" << "true" << false;
-    QTest::newRow("absent") << "{\"a\":1}" << "b" << "" << false;
-    QTest::newRow("nested object") << "{\"a\":{\"b\":1}}" << "a" << "" << false;
-    QTest::newRow("array text") << "[1,2]" << "a" << "" << false;
-    QTest::newRow("broken") << "{\"a\":" << "a" << "" << true;
-    QTest::newRow("empty") << "" << "a" << "" << true;
-}
-
-void TestInstanceInit::getParamFromJosn()
-{
-    QFETCH(QString, json);
-    QFETCH(QString, key);
-    QFETCH(QString, value);
-    QFETCH(bool, parseError);
-
+    QFETCH(Legs, row);
+    HelmBusinessDataInterface::AddAccountInfo({"T1", "F1", "Fund", ""});
+    HelmBusinessDataInterface::SetDispFactor("BOND1", 10);
     InstanceInfoBase inst;
-    LogCapture log;
-    QCOMPARE(inst.getParamFromJosn(json, key), value);
-    QCOMPARE(log.contains(QtDebugMsg,
-                          QStringLiteral("InstanceInfoBase::getParamFromJosn ###json error info:")),
-             parseError);
+    inst.setInstanceID("42"), inst.setInstAlgoType(row.algoType);
+    const VariantMap legStates{{"42_600000.SH_1", VariantMap{{HelmKey::ClParentOrderID, "P1"},
+                                                             {Strategy::strategyStatus, "1"}}}};
+    inst.initSymbolInfo(row.params, legStates);
+    const QList<SymbolInfoBase*> built = inst.GetAllSymbols_Ptr<SymbolInfoBase>();
+    built.first()->setFilledQty(120);
+    inst.initSymbolInfo(row.params,
+                        legStates); // again: no new legs, the earlier ones left as they are
+    QCOMPARE(inst.GetAllSymbols_Ptr<SymbolInfoBase>(), built);
+    QCOMPARE(built.first()->filledQty(), 120.0);
+    QStringList actual;
+    for (const SymbolInfoBase* leg : built)
+        actual << describe(leg);
+    QCOMPARE(actual, row.legs);
+    QCOMPARE(inst.targetQty(), row.instanceTarget);
 }
 
-void TestInstanceInit::fillMetaData_data()
+void TestInstanceInit::records_data()
 {
-    QTest::addColumn<QString>("metaData");
-    QTest::addColumn<QString>("text");
+    QTest::addColumn<Row>("row");
+    // " + json error" marks the "###json error info:" debug line.
+    const auto json = [](const char* op, const char* key, const char* text, const char* value) {
+        QTest::newRow((QByteArray(op) + ": " + text).constData())
+            << Row{op, {}, false, {{"key", key}, {"json", text}}, 0, value};
+    };
+    json("param", "comment", "{\"comment\":\"abc\"}", "abc");
+    json("param", "rate", "{\"rate\":0.5}", "0.5");
+    json("param", "b", "{\"a\":1}", "");
+    json("param", "a", "[1,2]", "");
+    json("param", "a", "{\"a\":", " + json error");
+    json("meta", "", "[{\"orderInfo\":\"ord\",\"basePrice\":\"10.5\"}]", "ord-10.5");
+    json("meta", "", "[{\"orderInfo\":\"ord\"},{\"basePrice\":3}]", "ord-3");
+    json("meta", "", "[{\"x\":1}]", "-");
+    json("meta", "", "{\"orderInfo\":\"ord\"}", "");
+    json("meta", "", "[{", "");
 
-    QTest::newRow("both keys") << "[{\"orderInfo\":\"ord\",\"basePrice\":\"10.5\"}]" << "ord-10.5";
-    QTest::newRow("keys in two elements") << "[{\"orderInfo\":\"ord\"},{\"basePrice\":3}]"
-                                          << "ord-3";
-    QTest::newRow("neither key") << "[{\"x\":1}]" << "-";
-    QTest::newRow("empty array") << "[]" << "-";
-    QTest::newRow("object") << "{\"orderInfo\":\"ord\"}" << "";
-    QTest::newRow("broken") << "[{" << "";
-    QTest::newRow("empty") << "" << "";
-}
-
-void TestInstanceInit::fillMetaData()
-{
-    QFETCH(QString, metaData);
-    QFETCH(QString, text);
-    InstanceInfoBase inst;
-    QCOMPARE(inst.fillMetaData(metaData), text);
-}
-
-void TestInstanceInit::initInfoFillsTheRecord()
-{
-    InstanceInfoBase inst;
-    inst.initInfo(fullRecord());
-    QCOMPARE(inst.instanceID(), QStringLiteral("500"));
-    QCOMPARE(inst.strategyName(), kAlgo);
-    QCOMPARE(inst.instAlgoType(), QStringLiteral("Normal"));
-    QCOMPARE(inst.status(), QStringLiteral("1"));
-    QCOMPARE(inst.instanceAlias(), QStringLiteral("my twap"));
-    QCOMPARE(inst.targetQty(), 1000.0);
-    QCOMPARE(inst.filledQty(), 250.0);
-    QCOMPARE(inst.filledBalance(), 2500.5);
-    QCOMPARE(inst.progrees(), 0.25);
-    QCOMPARE(inst.targetAmount(), 10000.0);
-    QCOMPARE(inst.remark(), QStringLiteral("remark"));
-    QCOMPARE(inst.getStrategyDeleted(), QStringLiteral("0"));
-    QCOMPARE(inst.getCreateTime(), QDateTime(QDate(2026, 11, 20), QTime(9, 15)));
-    QCOMPARE(inst.clInstanceID(), QStringLiteral("cl-500"));
-    QCOMPARE(inst.getCreateUser(), QStringLiteral("trader01"));
-    QCOMPARE(inst.getInstanceComments(), QStringLiteral("hello"));
-    QCOMPARE(inst.getInstanceTradeOrder(), QStringLiteral("Buy"));
-    QCOMPARE(inst.getInstMode(), QStringLiteral("multi"));
-    QCOMPARE(inst.getMarketRate(), QStringLiteral("0.2"));
-    QCOMPARE(inst.getOpenSide(), QStringLiteral("Open"));
-    QCOMPARE(inst.getInvestType(), QStringLiteral("Hedge"));
-}
-
-void TestInstanceInit::initInfoWithBrokenParameters()
-{
-    VariantMap record = fullRecord();
-    record.insert(Strategy::strategyParas, QStringLiteral("not json"));
-    record.insert(Algo_Fields::AlgoInstProgressFields::FilledQty, QStringLiteral("abc"));
-    InstanceInfoBase inst;
-    LogCapture log;
-    inst.initInfo(record);
-    QCOMPARE(inst.getInstanceComments(), QString());
-    QCOMPARE(inst.getMarketRate(), QString());
-    QCOMPARE(inst.getOpenSide(), QString());
-    QCOMPARE(inst.getInvestType(), QString());
-    QCOMPARE(inst.getInstanceTradeOrder(), QString());
+    VariantMap broken = fullRecord();
+    broken.insert(Strategy::strategyParas, "not json");
+    broken.insert(Progress::FilledQty, "abc"); // no number: reads as 0
+    QTest::newRow("init: full record") << Row{
+        "init",
+        {},
+        false,
+        fullRecord(),
+        0,
+        "1|my twap|AITWAP|Normal||hello|Buy|multi|0.2|Open|Hedge|500|remark|0|cl-500|trader01|20 "
+        "09:15||1000 250 2500.5 0.25 10000"};
     // No mode in the parameters: the catalogue decides (a single-security algo).
-    QCOMPARE(inst.getInstMode(), Algo_Values::instMode::singleMode);
-    QCOMPARE(inst.filledQty(), 0.0); // a text that is no number reads as 0
-    QVERIFY(log.count(QtDebugMsg, QStringLiteral("###json error info:")) >= 6);
-}
+    QTest::newRow("init: broken parameters")
+        << Row{"init",
+               {},
+               false,
+               broken,
+               0,
+               "1|my twap|AITWAP|Normal||||single||||500|remark|0|cl-500|trader01|20 09:15||1000 0 "
+               "2500.5 0.25 10000"};
 
-void TestInstanceInit::initInfoGridDefaultsTradeOrder()
-{
-    VariantMap record = fullRecord();
-    record.insert(Strategy::strategyName, QStringLiteral("GridTradingStrategy"));
-    record.insert(Strategy::strategyParas, QStringLiteral("{}"));
-    InstanceInfoBase inst;
-    inst.initInfo(record);
-    QCOMPARE(inst.getInstanceTradeOrder(), QStringLiteral("All"));
-}
-
-void TestInstanceInit::initSymbolInfoBuildsLegs()
-{
-    HelmBusinessDataInterface::AddAccountInfo(
-        {QStringLiteral("T1"), QStringLiteral("F1"), QStringLiteral("Fund"), QString()});
-    InstanceInfoBase inst;
-    inst.setInstanceID(QStringLiteral("42"));
-    inst.setStrategyName(kAlgo);
-    VariantMap first = security(QStringLiteral("600000.SH"), QStringLiteral("1"), 300);
-    first.insert(Content::TradingAccount, QStringLiteral("T1"));
-    first.insert(Content::SecurityAccount, QStringLiteral("A1"));
-    first.insert(Algo_Values::AlgoParamId::entrustProp, QStringLiteral("LIMIT"));
-    first.insert(Content::PriceLimits, QStringLiteral("10.00"));
-    first.insert(Content::StockPriceLimit, QStringLiteral("10.50"));
-    first.insert(Content::Quantity_Amount, 3150);
-    const VariantMap params{{Content::SymbolParamKey,
-                             QVariantList{first, security(QStringLiteral("000001.SZ"),
-                                                          QStringLiteral("2"), 200)}}};
-    const VariantMap legStates{
-        {QStringLiteral("42_600000.SH_1"),
-         VariantMap{{HelmKey::ClParentOrderID, QStringLiteral("P1")},
-                    {Strategy::strategyStatus, QStringLiteral("1")}}}};
-
-    LogCapture log;
-    inst.initSymbolInfo(params, legStates);
-    QCOMPARE(inst.getSymbolSize(), 2);
-    SymbolInfoBase* leg = inst.getSymbolInfo(QStringLiteral("42_600000.SH_1"));
-    QVERIFY(leg);
-    QCOMPARE(leg->getKey(), QStringLiteral("42_600000.SH_1"));
-    QCOMPARE(leg->instanceID(), QStringLiteral("42"));
-    QCOMPARE(leg->strategyName(), kAlgo);
-    QCOMPARE(leg->symbol(), QStringLiteral("600000.SH"));
-    QCOMPARE(leg->orderSide(), QStringLiteral("1"));
-    QCOMPARE(leg->exchange(), QStringLiteral("SH"));
-    QCOMPARE(leg->getTradingAccount(), QStringLiteral("T1"));
-    QCOMPARE(leg->getFundAccount(), QStringLiteral("F1"));
-    QCOMPARE(leg->getSecurityAccout(), QStringLiteral("A1"));
-    QCOMPARE(leg->entrustProp(), QStringLiteral("LIMIT"));
-    QCOMPARE(leg->limitPrice(), QStringLiteral("10.50")); // the stock limit wins when present
-    QCOMPARE(leg->targetQty(), 300.0);
-    QCOMPARE(leg->targetAmount(), 3150.0);
-    QCOMPARE(leg->getClParentID(), QStringLiteral("P1"));
-    QCOMPARE(leg->getStatus(), QStringLiteral("1"));
-    SymbolInfoBase* other = inst.getSymbolInfo(QStringLiteral("42_000001.SZ_2"));
-    QVERIFY(other);
-    QCOMPARE(other->getStatus(), QString()); // no leg state for it
-    QCOMPARE(inst.targetQty(), 500.0);
-    QVERIFY(log.contains(QtDebugMsg, QStringLiteral("###instTargetQty:  500")));
-}
-
-void TestInstanceInit::initSymbolInfoFallsBackToRecord()
-{
-    InstanceInfoBase inst;
-    inst.setInstanceID(QStringLiteral("43"));
-    const VariantMap params{
-        {Content::SymbolParamKey, QVariantList{VariantMap{{Content::Symbol, QStringLiteral("A")}}}},
-        {Content::OrderSide, QStringLiteral("2")},
-        {Content::TradingAccount, QStringLiteral("T9")},
-        {Content::PriceLimits, QStringLiteral("5.5")},
-        {Content::Quantity, 100},
+    const auto answer = [](const QString& algo, const char* status, const QString& timeKey) {
+        return VariantMap{{Strategy::strategyName, algo},
+                          {Strategy::strategyStatus, status},
+                          {timeKey, "20261120-13:00:00"},
+                          {Strategy::StrategyInstanceAlias, "a"}};
     };
-    inst.initSymbolInfo(params, VariantMap());
-    SymbolInfoBase* leg = inst.getSymbolInfo(QStringLiteral("43_A_2"));
-    QVERIFY(leg);
-    QCOMPARE(leg->getTradingAccount(), QStringLiteral("T9"));
-    QCOMPARE(leg->limitPrice(), QStringLiteral("5.5"));
-    QCOMPARE(leg->targetQty(), 100.0);
-    QCOMPARE(leg->exchange(), QString());
-}
-
-void TestInstanceInit::initSymbolInfoIsIdempotent()
-{
-    InstanceInfoBase inst;
-    inst.setInstanceID(QStringLiteral("44"));
-    const VariantMap params{
-        {Content::SymbolParamKey,
-         QVariantList{security(QStringLiteral("600000.SH"), QStringLiteral("1"), 300)}}};
-    inst.initSymbolInfo(params, VariantMap());
-    SymbolInfoBase* leg = inst.getSymbolInfo(QStringLiteral("44_600000.SH_1"));
-    QVERIFY(leg);
-    leg->setFilledQty(120);
-    inst.initSymbolInfo(params, VariantMap());
-    QCOMPARE(inst.getSymbolSize(), 1);
-    QCOMPARE(inst.getSymbolInfo(QStringLiteral("44_600000.SH_1")), leg);
-    QCOMPARE(leg->filledQty(), 120.0);
-    QCOMPARE(inst.targetQty(), 300.0);
-}
-
-void TestInstanceInit::initSymbolInfoScalesTargetByDisplayFactor()
-{
-    HelmBusinessDataInterface::SetDispFactor(QStringLiteral("BOND1"), 10);
-    InstanceInfoBase inst;
-    inst.setInstanceID(QStringLiteral("45"));
-    const VariantMap params{
-        {Content::SymbolParamKey,
-         QVariantList{security(QStringLiteral("BOND1"), QStringLiteral("1"), 30),
-                      security(QStringLiteral("STOCK1"), QStringLiteral("1"), 7)}}};
-    inst.initSymbolInfo(params, VariantMap());
-    QCOMPARE(inst.getSymbolInfo(QStringLiteral("45_BOND1_1"))->targetQty(), 30.0);
-    QCOMPARE(inst.targetQty(), 307.0);
-}
-
-void TestInstanceInit::initSymbolInfoMakesT0Legs()
-{
-    InstanceInfoBase inst;
-    inst.setInstanceID(QStringLiteral("46"));
-    inst.setInstAlgoType(Algo_Values::AlgoGlobalType::T0);
-    const VariantMap params{
-        {Content::SymbolParamKey,
-         QVariantList{security(QStringLiteral("600000.SH"), QStringLiteral("All"), 300)}}};
-    inst.initSymbolInfo(params, VariantMap());
-    QVERIFY(dynamic_cast<T0SymbolInfo*>(inst.getSymbolInfo(QStringLiteral("46_600000.SH_All"))));
-}
-
-void TestInstanceInit::initSymbolInfoSkipsUnderscoreSymbols()
-{
-    InstanceInfoBase inst;
-    inst.setInstanceID(QStringLiteral("47"));
-    const VariantMap params{
-        {Content::SymbolParamKey,
-         QVariantList{security(QStringLiteral("BAD_CODE"), QStringLiteral("1"), 10),
-                      security(QStringLiteral("GOOD"), QStringLiteral("1"), 20)}}};
-    LogCapture log;
-    inst.initSymbolInfo(params, VariantMap());
-    QCOMPARE(inst.getSymbolSize(), 1);
-    QVERIFY(inst.getSymbolInfo(QStringLiteral("47_GOOD_1")));
-    QVERIFY(log.contains(QtWarningMsg, QStringLiteral("BAD_CODE")));
-    QCOMPARE(inst.targetQty(), 20.0);
-}
-
-void TestInstanceInit::initSymbolInfoAcceptsJsonList()
-{
-    InstanceInfoBase inst;
-    inst.setInstanceID(QStringLiteral("48"));
-    const VariantMap params{
-        {Content::SymbolParamKey,
-         QStringLiteral("[{\"Symbol\":\"X1\",\"OrderSide\":\"1\",\"Quantity\":5}]")}};
-    inst.initSymbolInfo(params, VariantMap());
-    QVERIFY(inst.getSymbolInfo(QStringLiteral("48_X1_1")));
-    QCOMPARE(inst.targetQty(), 5.0);
-}
-
-void TestInstanceInit::queryFlagsForNewInstance_data()
-{
-    QTest::addColumn<QString>("timeKey");
-    QTest::addColumn<int>("flags");
-    QTest::newRow("no time") << QString() << 65534;
-    QTest::newRow("start time") << HelmKey::AlgStartTime << 65535;
-    QTest::newRow("end time") << HelmKey::AlgEndTime << 65535;
-    QTest::newRow("create time") << HelmKey::AlgCreateTime << 65535;
-}
-
-void TestInstanceInit::queryFlagsForNewInstance()
-{
-    QFETCH(QString, timeKey);
-    QFETCH(int, flags);
-    VariantMap record{{Strategy::strategyName, kAlgo},
-                      {Strategy::strategyStatus, QStringLiteral("0")},
-                      {Strategy::StrategyInstanceAlias, QStringLiteral("alias")}};
-    if (!timeKey.isEmpty())
-        record.insert(timeKey, QStringLiteral("20261120-10:00:00"));
-    InstanceInfoBase inst;
-    QCOMPARE(inst.OnRecv_QueryAlgoStrategyResponse(record, true), flags);
-    QCOMPARE(inst.status(), QStringLiteral("0"));
-    QCOMPARE(inst.instanceAlias(), QStringLiteral("alias"));
-    QCOMPARE(inst.instAlgoType(), QStringLiteral("Normal"));
-    if (timeKey == HelmKey::AlgStartTime)
-        QCOMPARE(inst.startTime(), QDateTime(QDate(2026, 11, 20), QTime(10, 0)));
-}
-
-void TestInstanceInit::queryRefusesUnknownAndDeposit_data()
-{
-    QTest::addColumn<QString>("algo");
-    QTest::addColumn<bool>("isNew");
-    QTest::newRow("unknown, new") << "NoSuchAlgo" << true;
-    QTest::newRow("unknown, known") << "NoSuchAlgo" << false;
-    QTest::newRow("deposit, new") << kDepositAlgo << true;
-    QTest::newRow("deposit, known") << kDepositAlgo << false;
-}
-
-void TestInstanceInit::queryRefusesUnknownAndDeposit()
-{
-    QFETCH(QString, algo);
-    QFETCH(bool, isNew);
-    std::unique_ptr<InstanceInfoBase> inst(knownInstance());
-    const VariantMap record{{Strategy::strategyName, algo},
-                            {Strategy::strategyStatus, QStringLiteral("2")},
-                            {HelmKey::AlgStartTime, QStringLiteral("20261120-10:00:00")}};
-    LogCapture log;
-    QCOMPARE(inst->OnRecv_QueryAlgoStrategyResponse(record, isNew), 0);
-    QCOMPARE(inst->status(), QStringLiteral("1"));
-    QVERIFY(!inst->startTime().isValid());
-    QCOMPARE(inst->strategyName(), kAlgo);
-    QVERIFY(log.contains(QtDebugMsg,
-                         QStringLiteral("InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse")));
-}
-
-void TestInstanceInit::queryFlagsForKnownInstance_data()
-{
-    QTest::addColumn<QString>("status");
-    QTest::addColumn<bool>("storedStartValid");
-    QTest::addColumn<bool>("recordHasStart");
-    QTest::addColumn<int>("flags");
-    QTest::addColumn<bool>("startTaken");
-
-    QTest::newRow("status unchanged, nothing") << "1" << false << false << 0 << false;
-    QTest::newRow("status changed") << "2" << false << false << 2 << false;
-    QTest::newRow("status changed with time") << "2" << true << true << 3 << true;
-    QTest::newRow("unchanged keeps a valid time") << "1" << true << true << 0 << false;
-    QTest::newRow("unchanged replaces an invalid time") << "1" << false << true << 1 << true;
-    QTest::newRow("refused status keeps a valid time") << "3" << true << true << 0 << false;
-}
-
-void TestInstanceInit::queryFlagsForKnownInstance()
-{
-    QFETCH(QString, status);
-    QFETCH(bool, storedStartValid);
-    QFETCH(bool, recordHasStart);
-    QFETCH(int, flags);
-    QFETCH(bool, startTaken);
-
-    const QDateTime stored(QDate(2026, 11, 19), QTime(9, 30));
-    const QDateTime arrived(QDate(2026, 11, 20), QTime(13, 0));
-    std::unique_ptr<InstanceInfoBase> inst(knownInstance());
-    if (storedStartValid)
-        inst->setStartTime(stored);
-    VariantMap record{{Strategy::strategyName, kAlgo}, {Strategy::strategyStatus, status}};
-    if (recordHasStart)
-        record.insert(HelmKey::AlgStartTime, QStringLiteral("20261120-13:00:00"));
-
-    QCOMPARE(inst->OnRecv_QueryAlgoStrategyResponse(record, false), flags);
-    if (startTaken)
-        QCOMPARE(inst->startTime(), arrived);
-    else if (storedStartValid)
-        QCOMPARE(inst->startTime(), stored);
-    else
-        QVERIFY(!inst->startTime().isValid());
-}
-
-void TestInstanceInit::queryTakesNameForMultiOrUntyped_data()
-{
-    QTest::addColumn<QString>("storedType");
-    QTest::addColumn<QString>("recordAlgo");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("type");
-
-    QTest::newRow("typed instance keeps its name") << "Normal" << kPairAlgo << kAlgo << "Normal";
-    QTest::newRow("untyped instance takes both") << "" << kPairAlgo << kPairAlgo << "Normal";
+    const QString start = HelmKey::AlgStartTime, noTime = QStringLiteral("noTime");
+    QTest::newRow("new, no time") << Row{
+        "new", {}, false, answer(kAlgo, "0", noTime), 65534, "0|a|AITWAP|Normal|"};
+    QTest::newRow("new, start time")
+        << Row{"new", {}, false, answer(kAlgo, "0", start), 65535, "0|a|AITWAP|Normal|20 13:00"};
+    QTest::newRow("new, create time") << Row{
+        "new", {}, false, answer(kAlgo, "0", HelmKey::AlgCreateTime), 65535, "0|a|AITWAP|Normal|"};
+    for (const char* algo : {"NoSuchAlgo", "DepositAlgo"}) {
+        QTest::addRow("%s, new: refused", algo)
+            << Row{"new", {}, false, answer(algo, "2", start), 0, "||AITWAP||"};
+        QTest::addRow("%s, known: refused", algo)
+            << Row{"known", "Normal", false, answer(algo, "2", start), 0, "1||AITWAP|Normal|"};
+    }
+    QTest::newRow("status unchanged, nothing")
+        << Row{"known", "Normal", false, answer(kAlgo, "1", noTime), 0, "1|a|AITWAP|Normal|"};
+    QTest::newRow("status changed")
+        << Row{"known", "Normal", false, answer(kAlgo, "2", noTime), 2, "2|a|AITWAP|Normal|"};
+    QTest::newRow("status changed, time taken")
+        << Row{"known", "Normal", true, answer(kAlgo, "2", start), 3, "2|a|AITWAP|Normal|20 13:00"};
+    QTest::newRow("unchanged keeps a valid time")
+        << Row{"known", "Normal", true, answer(kAlgo, "1", start), 0, "1|a|AITWAP|Normal|19 09:30"};
+    QTest::newRow("unchanged replaces an invalid time") << Row{
+        "known", "Normal", false, answer(kAlgo, "1", start), 1, "1|a|AITWAP|Normal|20 13:00"};
+    QTest::newRow("refused status keeps a valid time")
+        << Row{"known", "Normal", true, answer(kAlgo, "3", start), 0, "1|a|AITWAP|Normal|19 09:30"};
+    QTest::newRow("typed instance keeps its name")
+        << Row{"known", "Normal", false, answer(kPairAlgo, "1", noTime), 0, "1|a|AITWAP|Normal|"};
+    QTest::newRow("untyped instance takes name and type")
+        << Row{"known", "", false, answer(kPairAlgo, "1", noTime), 0, "1|a|AIPAIR|Normal|"};
     QTest::newRow("multi-strategy entry replaces both")
-        << "Normal" << kMultiAlgo << kMultiAlgo << Algo_Values::AlgoGlobalType::multiStr;
-}
+        << Row{"known", "Normal",
+               false,   answer(kMultiAlgo, "1", noTime),
+               0,       "1|a|BasisAlgo|" + Algo_Values::AlgoGlobalType::multiStr + "|"};
 
-void TestInstanceInit::queryTakesNameForMultiOrUntyped()
-{
-    QFETCH(QString, storedType);
-    QFETCH(QString, recordAlgo);
-    QFETCH(QString, name);
-    QFETCH(QString, type);
-    std::unique_ptr<InstanceInfoBase> inst(knownInstance());
-    inst->setInstAlgoType(storedType);
-    const VariantMap record{{Strategy::strategyName, recordAlgo},
-                            {Strategy::strategyStatus, QStringLiteral("1")}};
-    inst->OnRecv_QueryAlgoStrategyResponse(record, false);
-    QCOMPARE(inst->strategyName(), name);
-    QCOMPARE(inst->instAlgoType(), type);
-    QCOMPARE(inst->instanceAlias(), QString()); // no alias in the record: unchanged
-}
+    VariantMap detail{{Strategy::strategyID, "700"},
+                      {Strategy::strategyName, kPairAlgo},
+                      {Strategy::StrategyInstanceAlias, "pair"},
+                      {Strategy::strategyParas, "{\"comment\":\"c\",\"OpenClose\":\"Close\"}"},
+                      {Strategy::strategyStatus, "2"},
+                      {Helm_Fields::Strategy::clAlgoID, "cl-700"},
+                      {Tessel_Fields::System::createTime, "20261118-08:00:00"},
+                      {HelmKey::Metadata, "[{\"orderInfo\":\"o\",\"basePrice\":\"1.2\"}]"}};
+    QTest::newRow("detail refreshes")
+        << Row{"detail", "", false,
+               detail,   0,  "2|pair|AIPAIR|Normal||c||multi||Close||700|||cl-700||18 08:00|o-1.2"};
+    detail.insert(Strategy::strategyID, "701");
+    QTest::newRow("detail of another instance ignored")
+        << Row{"detail", "", false, detail, 0, "1||AITWAP|||||single||||700"};
 
-void TestInstanceInit::detailRefreshesInstance()
-{
-    std::unique_ptr<InstanceInfoBase> inst(knownInstance());
-    inst->setInstAlgoType(QString());
-    const VariantMap record{
-        {Strategy::strategyID, QStringLiteral("700")},
-        {Strategy::strategyName, kPairAlgo},
-        {Strategy::StrategyInstanceAlias, QStringLiteral("pair")},
-        {Strategy::strategyParas, QStringLiteral("{\"comment\":\"c\",\"OpenClose\":\"Close\"}")},
-        {Strategy::strategyStatus, QStringLiteral("2")},
-        {Helm_Fields::Strategy::clAlgoID, QStringLiteral("cl-700")},
-        {Tessel_Fields::System::createTime, QStringLiteral("20261118-08:00:00")},
-        {HelmKey::Metadata, QStringLiteral("[{\"orderInfo\":\"o\",\"basePrice\":\"1.2\"}]")},
+    // T7 belongs to fund F7 ("Fund seven") of "Product".
+    const auto times = [](const char* from, const char* to) {
+        return VariantMap{
+            {"text",
+             QStringLiteral("{\"AlgoStartTime\":\"%1\",\"AlgoEndTime\":\"%2\"}").arg(from, to)}};
     };
-    inst->OnRect_QueryAlgoStrategyResponse_Detail(record);
-    QCOMPARE(inst->strategyName(), kPairAlgo);
-    QCOMPARE(inst->instanceAlias(), QStringLiteral("pair"));
-    QCOMPARE(inst->params(), record.value(Strategy::strategyParas).toString());
-    QCOMPARE(inst->getInstanceComments(), QStringLiteral("c"));
-    QCOMPARE(inst->getOpenSide(), QStringLiteral("Close"));
-    QCOMPARE(inst->status(), QStringLiteral("2"));
-    QCOMPARE(inst->clInstanceID(), QStringLiteral("cl-700"));
-    QCOMPARE(inst->instAlgoType(), QStringLiteral("Normal"));
-    QCOMPARE(inst->getCreateTime(), QDateTime(QDate(2026, 11, 18), QTime(8, 0)));
-    QCOMPARE(inst->getBasePrice(), QStringLiteral("o-1.2"));
+    QTest::newRow("params: full date-times")
+        << Row{"params", {},
+               false,    times("2026-11-20 09:30:00", "2026-11-20 14:57:00"),
+               0,        "2026-11-20 09:30|09:30:00-14:57:00|||||||"};
+    QTest::newRow("params: times of day") << Row{
+        "params", {},
+        false,    times("09:30:00", "11:30:00"),
+        0,        QDate::currentDate().toString("yyyy-MM-dd") + " 09:30|09:30:00-11:30:00|||||||"};
+    QTest::newRow("params: no times") << Row{"params", {}, false, times("", ""), 0, "||||||||"};
+    QTest::newRow("params: unreadable start")
+        << Row{"params", {}, false, times("soon", "11:30:00"), 0, "|-11:30:00|||||||"};
+    QTest::newRow("params: settings and account")
+        << Row{"params",
+               {},
+               false,
+               {{"text", "{\"到期后是否继续交易\":\"是\",\"创建后是否立即启动\":\"否\","
+                         "\"截止日期\":\"20261231\",\"TradingAccount\":\"T7\"}"}},
+               0,
+               "||是|否|20261231|T7|F7|Fund seven|Product"};
 }
 
-void TestInstanceInit::detailOfAnotherInstanceIsIgnored()
+void TestInstanceInit::records()
 {
-    std::unique_ptr<InstanceInfoBase> inst(knownInstance());
-    const VariantMap record{{Strategy::strategyID, QStringLiteral("701")},
-                            {Strategy::strategyStatus, QStringLiteral("5")},
-                            {Strategy::strategyName, kPairAlgo}};
-    inst->OnRect_QueryAlgoStrategyResponse_Detail(record);
-    QCOMPARE(inst->instanceID(), QStringLiteral("700"));
-    QCOMPARE(inst->status(), QStringLiteral("1"));
-    QCOMPARE(inst->strategyName(), kAlgo);
-}
-
-void TestInstanceInit::updateParamMapTimes_data()
-{
-    QTest::addColumn<QString>("start");
-    QTest::addColumn<QString>("end");
-    QTest::addColumn<QDateTime>("startDateTime");
-    QTest::addColumn<QString>("runTime");
-
-    QTest::newRow("full date-times") << "2026-11-20 09:30:00" << "2026-11-20 14:57:00"
-                                     << QDateTime(QDate(2026, 11, 20), QTime(9, 30))
-                                     << "09:30:00-14:57:00";
-    QTest::newRow("times of day") << "09:30:00" << "11:30:00"
-                                  << QDateTime(QDate::currentDate(), QTime(9, 30))
-                                  << "09:30:00-11:30:00";
-    QTest::newRow("no times") << "" << "" << QDateTime() << "";
-    QTest::newRow("unreadable start") << "soon" << "11:30:00" << QDateTime() << "-11:30:00";
-}
-
-void TestInstanceInit::updateParamMapTimes()
-{
-    QFETCH(QString, start);
-    QFETCH(QString, end);
-    QFETCH(QDateTime, startDateTime);
-    QFETCH(QString, runTime);
+    QFETCH(Row, row);
+    HelmBusinessDataInterface::AddAccountInfo({"T7", "F7", "Fund seven", "Product"});
     InstanceInfoBase inst;
-    inst.UpdateParamMap(QStringLiteral("{\"AlgoStartTime\":\"%1\",\"AlgoEndTime\":\"%2\"}")
-                            .arg(start, end));
-    QCOMPARE(inst.startDateTime(), startDateTime);
-    QCOMPARE(inst.runTimeInParam(), runTime);
-}
-
-void TestInstanceInit::updateParamMapDisplaySettingsAndAccount()
-{
-    HelmBusinessDataInterface::AddAccountInfo({QStringLiteral("T7"), QStringLiteral("F7"),
-                                               QStringLiteral("Fund seven"),
-                                               QStringLiteral("Product")});
-    InstanceInfoBase inst;
-    inst.UpdateParamMap(QStringLiteral("{\"到期后是否继续交易\":\"是\",\"创建后是否立即启动\":\"否\","
-                                       "\"截止日期\":\"20261231\",\"TradingAccount\":\"T7\"}"));
-    QCOMPARE(inst.getContinueTrade(), QStringLiteral("是"));
-    QCOMPARE(inst.getCreateStart(), QStringLiteral("否"));
-    QCOMPARE(inst.getEndDate(), QStringLiteral("20261231"));
-    QCOMPARE(inst.getTradingAccount_Inst(), QStringLiteral("T7"));
-    QCOMPARE(inst.getFundAccount_Inst(), QStringLiteral("F7"));
-    QCOMPARE(inst.getFundAccountName_Inst(), QStringLiteral("Fund seven"));
-    QCOMPARE(inst.getProductName_Inst(), QStringLiteral("Product"));
-}
-
-void TestInstanceInit::updateParamMapIgnoresBrokenJson()
-{
-    InstanceInfoBase inst;
-    inst.UpdateParamMap(QStringLiteral("{\"截止日期\":\"20261231\"}"));
+    inst.setStrategyName(kAlgo);
+    if (row.op == "known" || row.op == "detail")
+        inst.setInstanceID("700"), inst.setInstAlgoType(row.type), inst.setStatus("1");
+    if (row.startKnown)
+        inst.setStartTime(QDateTime(QDate(2026, 11, 19), QTime(9, 30)));
+    if (row.op == "init")
+        inst.initInfo(row.record);
+    if (row.op == "detail")
+        inst.OnRect_QueryAlgoStrategyResponse_Detail(row.record);
+    if (row.op == "new" || row.op == "known")
+        QCOMPARE(inst.OnRecv_QueryAlgoStrategyResponse(row.record, row.op == "new"), row.flags);
+    if (row.op == "params") // a broken text after it changes nothing
+        inst.UpdateParamMap(row.record.value("text").toString()),
+            inst.UpdateParamMap("{\"截止日期\":");
     LogCapture log;
-    inst.UpdateParamMap(QStringLiteral("{\"截止日期\":"));
-    QCOMPARE(inst.getEndDate(), QStringLiteral("20261231"));
-    QVERIFY(log.contains(QtDebugMsg, QStringLiteral("InstanceInfoBase::UpdateParamMap")));
+    const QString json = row.record.value("json").toString();
+    QString actual = readBack(inst, row.op).section('|', 0, row.state.count('|'));
+    if (row.op == "meta")
+        actual = inst.fillMetaData(json);
+    if (row.op == "param")
+        actual = inst.getParamFromJosn(json, row.record.value("key").toString());
+    if (log.contains(QtDebugMsg, "getParamFromJosn ###json error info:"))
+        actual += " + json error";
+    QCOMPARE(actual, row.state);
 }
 
 QTEST_GUILESS_MAIN(TestInstanceInit)

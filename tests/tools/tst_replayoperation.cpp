@@ -27,10 +27,12 @@ void TestReplayOperation::validLines_data()
     QTest::addColumn<OpKind>("kind");
 
     QTest::newRow("login") << QByteArray(R"({"op":"login","account":"u1"})") << OpKind::Login;
-    QTest::newRow("catalogue") << QByteArray(R"({"op":"catalogue","strategies":[{"name":"A",)"
-                                             R"("alias":"a","algoType":"T0","underlyingProp":"1"}]})")
+    QTest::newRow("catalogue") << QByteArray(
+        R"({"op":"catalogue","strategies":[{"name":"A",)"
+        R"("alias":"a","algoType":"T0","underlyingProp":"1"}]})")
                                << OpKind::Catalogue;
-    QTest::newRow("authority") << QByteArray(R"({"op":"authority","table":{"acc":{"c":{"A":"1"}}}})")
+    QTest::newRow("authority") << QByteArray(
+        R"({"op":"authority","table":{"acc":{"c":{"A":"1"}}}})")
                                << OpKind::Authority;
     QTest::newRow("dispFactor") << QByteArray(R"({"op":"dispFactor","symbol":"S","factor":10})")
                                 << OpKind::DispFactor;
@@ -44,17 +46,17 @@ void TestReplayOperation::validLines_data()
     QTest::newRow("query") << QByteArray(R"({"op":"query","records":[]})") << OpKind::Query;
     QTest::newRow("t0Report") << QByteArray(R"({"op":"t0Report","records":[{}]})")
                               << OpKind::T0Report;
-    QTest::newRow("statusUpdate")
-        << QByteArray(R"({"op":"statusUpdate","instanceID":"1","records":[{}]})")
-        << OpKind::StatusUpdate;
-    QTest::newRow("symbolExt")
-        << QByteArray(R"({"op":"symbolExt","instanceID":"1","params":{},"records":[]})")
-        << OpKind::SymbolExt;
+    QTest::newRow("statusUpdate") << QByteArray(
+        R"({"op":"statusUpdate","instanceID":"1","records":[{}]})")
+                                  << OpKind::StatusUpdate;
+    QTest::newRow("symbolExt") << QByteArray(
+        R"({"op":"symbolExt","instanceID":"1","params":{},"records":[]})")
+                               << OpKind::SymbolExt;
     QTest::newRow("detail") << QByteArray(R"({"op":"detail","instanceID":"1","record":{}})")
                             << OpKind::Detail;
     QTest::newRow("forget") << QByteArray(R"({"op":"forget","instanceID":"1"})") << OpKind::Forget;
-    QTest::newRow("tick with extra member") << QByteArray(R"({"op":"tick","note":1})")
-                                            << OpKind::Tick;
+    QTest::newRow("tick with extra member")
+        << QByteArray(R"({"op":"tick","note":1})") << OpKind::Tick;
 }
 
 void TestReplayOperation::validLines()
@@ -78,16 +80,16 @@ void TestReplayOperation::badLines_data()
     QTest::newRow("no op") << QByteArray(R"({"account":"u"})") << "missing member \"op\"";
     QTest::newRow("op not text") << QByteArray(R"({"op":3})") << "member \"op\" is not a text";
     QTest::newRow("unknown op") << QByteArray(R"({"op":"fly"})") << "unknown op \"fly\"";
-    QTest::newRow("missing member") << QByteArray(R"({"op":"login"})")
-                                    << "missing member \"account\"";
-    QTest::newRow("text expected") << QByteArray(R"({"op":"login","account":5})")
-                                   << "member \"account\" is not a text";
+    QTest::newRow("missing member")
+        << QByteArray(R"({"op":"login"})") << "missing member \"account\"";
+    QTest::newRow("text expected")
+        << QByteArray(R"({"op":"login","account":5})") << "member \"account\" is not a text";
     QTest::newRow("number expected") << QByteArray(R"({"op":"price","symbol":"S","price":"9"})")
                                      << "member \"price\" is not a number";
-    QTest::newRow("records not array") << QByteArray(R"({"op":"query","records":{}})")
-                                       << "member \"records\" is not an array";
-    QTest::newRow("record not object") << QByteArray(R"({"op":"query","records":[1]})")
-                                       << "not an object";
+    QTest::newRow("records not array")
+        << QByteArray(R"({"op":"query","records":{}})") << "member \"records\" is not an array";
+    QTest::newRow("record not object")
+        << QByteArray(R"({"op":"query","records":[1]})") << "not an object";
     QTest::newRow("record object expected")
         << QByteArray(R"({"op":"detail","instanceID":"1","record":[]})")
         << "member \"record\" is not an object";
@@ -125,12 +127,14 @@ void TestReplayOperation::membersConvertToLibraryTypes()
                            op, error));
     const VariantMap record = op.records.first();
     QCOMPARE(record.value(QStringLiteral("n")).toDouble(), 2.0);
-    QCOMPARE(record.value(QStringLiteral("nested")).toMap().value(QStringLiteral("a")).toList().size(),
-             2);
+    QCOMPARE(
+        record.value(QStringLiteral("nested")).toMap().value(QStringLiteral("a")).toList().size(),
+        2);
 
     QVERIFY(parseOperation(R"({"op":"authority","table":{"acc":{"c":{"A":"node"}}}})", op, error));
-    QCOMPARE(op.table.value(QStringLiteral("acc")).value(QStringLiteral("c")).value(QStringLiteral("A")),
-             QStringLiteral("node"));
+    QCOMPARE(
+        op.table.value(QStringLiteral("acc")).value(QStringLiteral("c")).value(QStringLiteral("A")),
+        QStringLiteral("node"));
 }
 
 void TestReplayOperation::mentionedInstanceIds()
@@ -142,8 +146,8 @@ void TestReplayOperation::mentionedInstanceIds()
                            op, error));
     QCOMPARE(AlgoReplay::mentionedInstanceIds(op),
              QStringList({QStringLiteral("1"), QStringLiteral("2")}));
-    QVERIFY(parseOperation(R"({"op":"create","algoType":"","record":{"strategyID":"9"}})", op,
-                           error));
+    QVERIFY(
+        parseOperation(R"({"op":"create","algoType":"","record":{"strategyID":"9"}})", op, error));
     QCOMPARE(AlgoReplay::mentionedInstanceIds(op), QStringList{QStringLiteral("9")});
 }
 

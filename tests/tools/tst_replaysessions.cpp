@@ -121,8 +121,12 @@ void TestReplaySessions::morningOfOrders()
              QDateTime::fromMSecsSinceEpoch(1763605795000).toString(QStringLiteral("HH:mm:ss")));
 
     const QJsonObject logs = s.logs;
-    QCOMPARE(logs.value(QStringLiteral("console")).toObject().value(QStringLiteral("100101"))
-                 .toArray().size(), 1);
+    QCOMPARE(logs.value(QStringLiteral("console"))
+                 .toObject()
+                 .value(QStringLiteral("100101"))
+                 .toArray()
+                 .size(),
+             1);
     QCOMPARE(logs.value(QStringLiteral("messages")).toObject().keys(), QStringList{"100103"});
     const QJsonArray trades = logs.value(QStringLiteral("tradeMessages")).toArray();
     QCOMPARE(trades.size(), 2);
@@ -133,8 +137,8 @@ void TestReplaySessions::morningOfOrders()
 
 void TestReplaySessions::morningSignals()
 {
-    const Run run = replay({QStringLiteral("--signals"), QStringLiteral("--quiet"),
-                            example("twap-morning.jsonl")});
+    const Run run = replay(
+        {QStringLiteral("--signals"), QStringLiteral("--quiet"), example("twap-morning.jsonl")});
     QCOMPARE(run.exitCode, 0);
     QHash<QString, int> counts;
     QJsonArray modifyArgs;
@@ -171,10 +175,13 @@ void TestReplaySessions::t0Day()
     // Flat position: profit = sell amount - buy amount - fees.
     QCOMPARE(number(moutai, "profitAmount"), 516300.0 - 513900.0 - 51.39 - 51.63);
     QCOMPARE(text(moutai, "fundAccount"), QStringLiteral("F880002"));
-    const QJsonArray progress =
-        s.logs.value(QStringLiteral("progress")).toObject().value(QStringLiteral("200201")).toArray();
+    const QJsonArray progress = s.logs.value(QStringLiteral("progress"))
+                                    .toObject()
+                                    .value(QStringLiteral("200201"))
+                                    .toArray();
     QCOMPARE(progress.size(), 2);
-    QCOMPARE(progress.at(0).toString(), QStringLiteral("{\"AchieveProfit\":1541.64,\"Symbol\":\"000858.SZ\"}"));
+    QCOMPARE(progress.at(0).toString(),
+             QStringLiteral("{\"AchieveProfit\":1541.64,\"Symbol\":\"000858.SZ\"}"));
 }
 
 void TestReplaySessions::basisTrade()
@@ -216,7 +223,8 @@ void TestReplaySessions::badLinesAreReportedAndSkipped()
     const Run run = replay({QStringLiteral("--quiet"), path});
     QCOMPARE(run.exitCode, 0);
     for (int line : {3, 4, 5, 6, 7})
-        QVERIFY2(run.err.contains(QStringLiteral("%1:%2: ").arg(path).arg(line)), qPrintable(run.err));
+        QVERIFY2(run.err.contains(QStringLiteral("%1:%2: ").arg(path).arg(line)),
+                 qPrintable(run.err));
     QVERIFY(!run.err.contains(QStringLiteral("%1:8:").arg(path)));
     QVERIFY(run.out.isEmpty());
 }
@@ -228,10 +236,10 @@ void TestReplaySessions::exitCodes_data()
     QTest::addColumn<int>("exitCode");
 
     QTest::newRow("bad line") << QStringList{"--quiet", "-"} << QByteArray("nope\n") << 0;
-    QTest::newRow("bad line, strict") << QStringList{"--quiet", "--strict", "-"}
-                                      << QByteArray("nope\n") << 1;
-    QTest::newRow("clean, strict") << QStringList{"--quiet", "--strict", "-"}
-                                   << QByteArray("{\"op\":\"tick\"}\n") << 0;
+    QTest::newRow("bad line, strict")
+        << QStringList{"--quiet", "--strict", "-"} << QByteArray("nope\n") << 1;
+    QTest::newRow("clean, strict")
+        << QStringList{"--quiet", "--strict", "-"} << QByteArray("{\"op\":\"tick\"}\n") << 0;
     QTest::newRow("unreadable") << QStringList{"--quiet", "/nonexistent/capture.jsonl"}
                                 << QByteArray() << 2;
     QTest::newRow("unreadable beats strict")
@@ -257,10 +265,10 @@ void TestReplaySessions::capturesRunInOrderFromFilesAndStdin()
     file.write("{\"op\":\"catalogue\",\"strategies\":[{\"name\":\"S1\",\"alias\":\"\","
                "\"algoType\":\"Normal\",\"underlyingProp\":\"2\"}]}\n");
     file.close();
-    const Run run = replay({QStringLiteral("--format"), QStringLiteral("json"), path,
-                            QStringLiteral("-")},
-                           "{\"op\":\"create\",\"algoType\":\"Normal\",\"record\":"
-                           "{\"strategyID\":\"9\",\"strategyName\":\"S1\"}}\n");
+    const Run run =
+        replay({QStringLiteral("--format"), QStringLiteral("json"), path, QStringLiteral("-")},
+               "{\"op\":\"create\",\"algoType\":\"Normal\",\"record\":"
+               "{\"strategyID\":\"9\",\"strategyName\":\"S1\"}}\n");
     const QJsonArray instances =
         QJsonDocument::fromJson(run.out).object().value(QStringLiteral("instances")).toArray();
     QCOMPARE(instances.size(), 1);
