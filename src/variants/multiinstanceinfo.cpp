@@ -1,5 +1,6 @@
 #include "variants/multiinstanceinfo.h"
 
+#include "common/algoconstants.h"
 #include "common/logging.h"
 #include "instance/contentwritesection.h"
 #include "instance/instancemgr.h"
@@ -117,6 +118,8 @@ MultiInstanceInfo::MultiInstanceInfo()
     , m_multiLamenessRate(QLatin1String(""))
     , m_multiBasisCompare(QLatin1String(""))
 {
+    // Tagged like the registry tags it, so that copies keep their legs.
+    setClassType(AlgoConst::ClassTypeMulti);
 }
 
 MultiInstanceInfo::MultiInstanceInfo(const MultiInstanceInfo& other)
