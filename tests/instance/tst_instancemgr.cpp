@@ -151,6 +151,8 @@ void TestInstanceMgr::createInstance()
 
     std::unique_ptr<SymbolInfoBase> leg(InstanceMgr::CreateSymbolInfo(algoType, "600000.SH"));
     QCOMPARE(dynamic_cast<T0SymbolInfo*>(leg.get()) != nullptr, classTag == "T0");
+    if (!withRecord)
+        delete inst; // the caller owns an unregistered object
 }
 
 void TestInstanceMgr::insertAndDelete_data()

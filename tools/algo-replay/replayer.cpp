@@ -41,6 +41,10 @@ Replayer::Replayer(const ReplayOptions& options, QTextStream& errors)
     InstanceMgr* mgr = InstanceMgr::instance();
     if (m_options.liveTimer)
         mgr->init();
+    // Wait until both managers' threads run their event loops: a short
+    // replay must not end before they have even started.
+    runOnThreadOf(mgr, [] {});
+    runOnThreadOf(LogMgr::instance(), [] {});
 }
 
 void Replayer::replayFile(const QString& path)
