@@ -274,6 +274,23 @@ public:
     void setCreateUser(const QString& user) { m_createUser = user; }
 
 protected:
+    // The instance-level fields of record 0 of a status or modify push.
+    struct PushHeader
+    {
+        QString status;
+        QString alterComment;
+        bool hasAlterComment = false;
+        QString ack;
+        QString alias;
+        QString params;
+
+        static PushHeader read(const VariantMap& record);
+    };
+
+    // Raises InstanceMgr::signalModifyPush for this instance, after the
+    // router's write lock when called inside one.
+    void notifyModifyPush(const QString& ack, const QString& comment) const;
+
     // Comments, trade order, mode, market rate, open side and invest type
     // from the parameter text m_params.
     void applyParamDerivedFields();

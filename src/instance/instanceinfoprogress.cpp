@@ -75,7 +75,8 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
         if (entry.side.isEmpty())
             entry.side = m_instanceTradeOrder;
         entry.avgPrice = record.value(Tessel_Fields::Security::avgPx).toDouble();
-        const double onTrading = record.value(Algo_Fields::HelmStrategy::onTradingAmount).toDouble();
+        const double onTrading =
+            record.value(Algo_Fields::HelmStrategy::onTradingAmount).toDouble();
         entry.entrustedAmount = onTrading + entry.filledAmount;
         entries.insert(entry.symbol + kKeySeparator + entry.side, entry);
 
@@ -97,12 +98,14 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
     }
 
     qCDebug(lcAlgoInstance).noquote()
-        << "###: " << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse"
+        << "###: "
+        << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse"
         << "###instInfo.key: " << key << "###sumDealQty: " << filledSum
         << "###sumTargetQty: " << targetSum << "###sumDealBalance: " << filledAmountSum;
     if (key.isEmpty()) {
         qCDebug(lcAlgoInstance).noquote()
-            << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse" << "empty key";
+            << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse"
+            << "empty key";
         return;
     }
 
@@ -118,8 +121,8 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
         SymbolInfoBase* leg = it.value();
         if (!leg) {
             qCDebug(lcAlgoInstance).noquote()
-                << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse" << "null ptr"
-                << it.key();
+                << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse"
+                << "null ptr" << it.key();
             continue;
         }
         const QString symbol = InstanceMgr::getSymbolFromSymbolKey(leg->getKey());
@@ -145,8 +148,8 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
 
     if (isFinalStatus()) {
         qCDebug(lcAlgoInstance).noquote()
-            << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse" << "rcv final status"
-            << key;
+            << "InstanceInfoBase::OnRecv_StrategyProgressGatherResponse"
+            << "rcv final status" << key;
         setFinalProgress(true);
     }
 
@@ -225,8 +228,8 @@ QList<QString> InstanceInfoBase::parseSymbolProgressReport(const QString& instan
         const QString symbolSide = symbol + kKeySeparator + side;
         const auto last = lastTimestamp.constFind(symbolSide);
         if (last != lastTimestamp.constEnd() && timestamp < last.value()) {
-            qCDebug(lcAlgoInstance).noquote() << "new timestamp:" << timestamp
-                                              << "smaller than old timestamp:" << last.value();
+            qCDebug(lcAlgoInstance).noquote()
+                << "new timestamp:" << timestamp << "smaller than old timestamp:" << last.value();
             continue;
         }
         lastTimestamp.insert(symbolSide, timestamp);

@@ -45,6 +45,27 @@ void InstanceInfoBase::applyPushTimes(const VariantMap& record)
     take(Algo_Fields::HelmStrategy::AlgEndTime, m_endTime);
 }
 
+InstanceInfoBase::PushHeader InstanceInfoBase::PushHeader::read(const VariantMap& record)
+{
+    PushHeader header;
+    header.status = record.value(Tessel_Fields::Strategy::strategyStatus).toString();
+    header.hasAlterComment = record.contains(Algo_Fields::HelmStrategy::StrategyAlterComment);
+    header.alterComment = record.value(Algo_Fields::HelmStrategy::StrategyAlterComment).toString();
+    header.ack = record.value(Algo_Fields::HelmStrategy::ExecAckStatus).toString();
+    header.alias = record.value(Tessel_Fields::Strategy::StrategyInstanceAlias).toString();
+    header.params = record.value(Tessel_Fields::Strategy::strategyParas).toString();
+    return header;
+}
+
+void InstanceInfoBase::notifyModifyPush(const QString& ack, const QString& comment) const
+{
+    InstanceMgr* mgr = InstanceMgr::instance();
+    const QString instanceID = m_instanceID;
+    ContentWriteSection::notify([mgr, instanceID, ack, comment] {
+        emit mgr->signalModifyPush(instanceID, ack, comment);
+    });
+}
+
 void InstanceInfoBase::takeParameters(const QString& paras)
 {
     m_params = paras;
@@ -61,16 +82,12 @@ void InstanceInfoBase::OnRecv_InstStatusUpdate(const VariantMapList& records)
     if (records.isEmpty())
         return;
     const VariantMap& first = records.first();
-    const QString status = first.value(Tessel_Fields::Strategy::strategyStatus).toString();
-    const QString alterComment =
-        first.value(Algo_Fields::HelmStrategy::StrategyAlterComment).toString();
-    const QString paras = first.value(Tessel_Fields::Strategy::strategyParas).toString();
-
-    if (!paras.isEmpty())
-        takeParameters(paras);
-    setStatus(status);
-    if (first.contains(Algo_Fields::HelmStrategy::StrategyAlterComment))
-        m_remark = alterComment;
+    const PushHeader header = PushHeader::read(first);
+    if (!header.params.isEmpty())
+        takeParameters(header.params);
+    setStatus(header.status);
+    if (header.hasAlterComment)
+        m_remark = header.alterComment;
     applyPushTimes(first);
 
     QMap<QString, QMap<QString, QVariant>> changedLegs;
@@ -102,11 +119,7 @@ void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
     if (records.isEmpty())
         return;
     const VariantMap& first = records.first();
-    const QString status = first.value(Tessel_Fields::Strategy::strategyStatus).toString();
-    const QString ack = first.value(Algo_Fields::HelmStrategy::ExecAckStatus).toString();
-    const QString alias = first.value(Tessel_Fields::Strategy::StrategyInstanceAlias).toString();
-    const QString alterComment =
-        first.value(Algo_Fields::HelmStrategy::StrategyAlterComment).toString();
+    const PushHeader header = PushHeader::read(first);
 
     const bool instruction = m_instAlgoType == Algo_Values::AlgoGlobalType::instruction;
     if (instruction) {
@@ -121,8 +134,8 @@ void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
         }
     }
 
-    if (ack == kAcknowledged) {
-        const QString paras = first.value(Tessel_Fields::Strategy::strategyParas).toString();
+    if (header.ack == kAcknowledged) {
+        const QString& paras = header.params;
         if (!paras.isEmpty())
             takeParameters(paras);
 
@@ -134,7 +147,8 @@ void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
             listValue(params, instruction ? Algo_Values::AlgoParamId::InstructionAlgoSecurityList
                                           : ContentKey::SymbolParamKey);
         const QString& priceKey =
-            alias == kInstructionPovAlias ? ContentKey::PriceLimitsPOV : ContentKey::PriceLimits;
+            header.alias == kInstructionPovAlias ? ContentKey::PriceLimitsPOV
+                                                 : ContentKey::PriceLimits;
         double targetSum = 0.0;
         int legsTaken = 0;
         for (const QVariant& item : securities) {
@@ -156,12 +170,7 @@ void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
             m_targetQty = targetSum;
     }
 
-    setStatus(status);
+    setStatus(header.status);
     applyPushTimes(first);
-
-    InstanceMgr* mgr = InstanceMgr::instance();
-    const QString instanceID = m_instanceID;
-    ContentWriteSection::notify([mgr, instanceID, ack, alterComment] {
-        emit mgr->signalModifyPush(instanceID, ack, alterComment);
-    });
+    notifyModifyPush(header.ack, header.alterComment);
 }

@@ -42,19 +42,19 @@ int truncatedToInt(double value)
 // single-number arg() call replaces only %1 (by the stored deal quantity), the
 // other three numbers become field width, format character and precision of
 // that one replacement, and %2, %3 and %4 stay in the text.
-QString staleText(const QString& tmpl, double storedDeal, double storedCancel,
-                  double reportedDeal, double reportedCancel)
+QString staleText(const QString& tmpl, double storedDeal, double storedCancel, double reportedDeal,
+                  double reportedCancel)
 {
     return tmpl.arg(storedDeal, truncatedToInt(storedCancel),
-                    static_cast<char>(truncatedToInt(reportedDeal)),
-                    truncatedToInt(reportedCancel), QLatin1Char(' '));
+                    static_cast<char>(truncatedToInt(reportedDeal)), truncatedToInt(reportedCancel),
+                    QLatin1Char(' '));
 }
 
 // The staleness test of one side. A record that does not carry the side's
 // order quantity says nothing about that side and passes.
-bool sideIsCurrent(const VariantMap& record, const QString& orderQtyKey,
-                   const QString& dealQtyKey, const QString& cancelQtyKey, double storedDeal,
-                   double storedCancel, const QString& tmpl, QString& error)
+bool sideIsCurrent(const VariantMap& record, const QString& orderQtyKey, const QString& dealQtyKey,
+                   const QString& cancelQtyKey, double storedDeal, double storedCancel,
+                   const QString& tmpl, QString& error)
 {
     if (!record.contains(orderQtyKey))
         return true;
@@ -82,8 +82,8 @@ T0SymbolInfo::~T0SymbolInfo() = default;
 bool T0SymbolInfo::isLastReportData(const VariantMap& report, QString& error) const
 {
     return sideIsCurrent(report, Progress::buyOrderQty, Progress::buyDealQty,
-                         Progress::buyCancelQty, m_buyDealQty, m_buyCancelQty,
-                         BuyStaleTemplate, error)
+                         Progress::buyCancelQty, m_buyDealQty, m_buyCancelQty, BuyStaleTemplate,
+                         error)
            && sideIsCurrent(report, Progress::sellOrderQty, Progress::sellDealQty,
                             Progress::sellCancelQty, m_sellDealQty, m_sellCancelQty,
                             SellStaleTemplate, error);
@@ -217,8 +217,8 @@ void T0SymbolInfo::setBuyOrderQty(double qty)
 void T0SymbolInfo::setBuyDealQty(double qty)
 {
     if (m_buyDealQty > qty + kRegressionTolerance) {
-        qCDebug(lcAlgoSymbol).noquote()
-            << "T0SymbolInfo::setBuyDealQty" << "buyDeal error" << m_buyDealQty << qty;
+        qCDebug(lcAlgoSymbol).noquote() << "T0SymbolInfo::setBuyDealQty"
+                                        << "buyDeal error" << m_buyDealQty << qty;
         return;
     }
     m_buyDealQty = qty;
@@ -237,8 +237,8 @@ void T0SymbolInfo::setBuyAvgPrice(double price)
 void T0SymbolInfo::setBuyAmount(double amount)
 {
     if (m_buyAmount > amount + kRegressionTolerance) {
-        qCDebug(lcAlgoSymbol).noquote()
-            << "T0SymbolInfo::setBuyAmount" << "error " << m_buyAmount << amount;
+        qCDebug(lcAlgoSymbol).noquote() << "T0SymbolInfo::setBuyAmount"
+                                        << "error " << m_buyAmount << amount;
         return;
     }
     m_buyAmount = amount;
@@ -257,8 +257,8 @@ void T0SymbolInfo::setSellOrderQty(double qty)
 void T0SymbolInfo::setSellDealQty(double qty)
 {
     if (m_sellDealQty > qty + kRegressionTolerance) {
-        qCDebug(lcAlgoSymbol).noquote()
-            << "T0SymbolInfo::setSellDealQty" << "sellDeal error" << m_sellDealQty << qty;
+        qCDebug(lcAlgoSymbol).noquote() << "T0SymbolInfo::setSellDealQty"
+                                        << "sellDeal error" << m_sellDealQty << qty;
         return;
     }
     m_sellDealQty = qty;
@@ -277,8 +277,8 @@ void T0SymbolInfo::setSellAvgPrice(double price)
 void T0SymbolInfo::setSellAmount(double amount)
 {
     if (m_sellAmount > amount + kRegressionTolerance) {
-        qCDebug(lcAlgoSymbol).noquote()
-            << "T0SymbolInfo::setSellAmount" << "error " << m_sellAmount << amount;
+        qCDebug(lcAlgoSymbol).noquote() << "T0SymbolInfo::setSellAmount"
+                                        << "error " << m_sellAmount << amount;
         return;
     }
     m_sellAmount = amount;

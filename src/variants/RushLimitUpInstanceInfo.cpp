@@ -97,21 +97,13 @@ void RushLimitUpInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& record
 {
     if (records.isEmpty())
         return;
-    const VariantMap& first = records.first();
-    const QString status = first.value(Tessel_Fields::Strategy::strategyStatus).toString();
-    const QString comment = first.value(Algo_Fields::HelmStrategy::StrategyAlterComment).toString();
-    const QString ack = first.value(Algo_Fields::HelmStrategy::ExecAckStatus).toString();
-    if (ack == kAcknowledged) {
-        const QString paras = first.value(Tessel_Fields::Strategy::strategyParas).toString();
-        if (!paras.isEmpty())
-            setParams(paras);
-        setStatus(status);
+    const PushHeader header = PushHeader::read(records.first());
+    if (header.ack == kAcknowledged) {
+        if (!header.params.isEmpty())
+            setParams(header.params);
+        setStatus(header.status);
     }
-    InstanceMgr* mgr = InstanceMgr::instance();
-    const QString instanceID = m_instanceID;
-    ContentWriteSection::notify([mgr, instanceID, ack, comment] {
-        emit mgr->signalModifyPush(instanceID, ack, comment);
-    });
+    notifyModifyPush(header.ack, header.alterComment);
 }
 
 void RushLimitUpInstanceInfo::OnRecvInstProgressInfo(const QList<QString>& reports,
@@ -170,6 +162,6 @@ void RushLimitUpInstanceInfo::OnRecvInstProgressInfo(const QList<QString>& repor
     }
 
     changed.insert(m_instanceID, QList<QString>());
-    qCDebug(lcAlgoInstance).noquote() << "RushLimitUpInstanceInfo::OnRecvInstProgressInfo"
-                                      << m_instanceID << stopwatch.elapsed();
+    qCDebug(lcAlgoInstance).noquote()
+        << "RushLimitUpInstanceInfo::OnRecvInstProgressInfo" << m_instanceID << stopwatch.elapsed();
 }

@@ -257,7 +257,8 @@ void MultiInstanceInfo::OnRecvInstProgressInfo(const QList<QString>& reports,
     }
     InstanceMgr* mgr = InstanceMgr::instance();
     const QString instanceID = m_instanceID;
-    ContentWriteSection::notify([mgr, instanceID] { emit mgr->signalMultiProgressUpdated(instanceID); });
+    ContentWriteSection::notify(
+        [mgr, instanceID] { emit mgr->signalMultiProgressUpdated(instanceID); });
 }
 
 void MultiInstanceInfo::OnRect_QueryAlgoStrategyResponse_Detail(const VariantMap& record)
@@ -341,8 +342,9 @@ void MultiInstanceInfo::initSymbolInfo(const VariantMap& content, const VariantM
         }
     } else {
         const VariantMap range = effect.toMap();
-        ranges.append(QStringLiteral("%1-%2").arg(range.value(EffectKey::EffectTimeStart).toString(),
-                                                  range.value(EffectKey::EffectTimeEnd).toString()));
+        ranges.append(
+            QStringLiteral("%1-%2").arg(range.value(EffectKey::EffectTimeStart).toString(),
+                                        range.value(EffectKey::EffectTimeEnd).toString()));
     }
     m_multiValidTime = ranges;
 }
@@ -352,24 +354,14 @@ void MultiInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& records)
     if (records.isEmpty())
         return;
     const VariantMap& first = records.first();
-    const QString status = first.value(Tessel_Fields::Strategy::strategyStatus).toString();
-    const QString alterComment =
-        first.value(Algo_Fields::HelmStrategy::StrategyAlterComment).toString();
-    const QString ack = first.value(Algo_Fields::HelmStrategy::ExecAckStatus).toString();
-    const QString alias = first.value(Tessel_Fields::Strategy::StrategyInstanceAlias).toString();
-    InstanceMgr* mgr = InstanceMgr::instance();
-    const QString instanceID = m_instanceID;
-    const auto signalModifyPush = [mgr, instanceID, ack, alterComment] {
-        emit mgr->signalModifyPush(instanceID, ack, alterComment);
-    };
-
-    if (ack != kAcknowledged) {
-        ContentWriteSection::notify(signalModifyPush);
+    const PushHeader header = PushHeader::read(first);
+    if (header.ack != kAcknowledged) {
+        notifyModifyPush(header.ack, header.alterComment);
         return;
     }
 
     namespace ContentKey = Algo_Fields::AlgoInstContentInfo;
-    const QString params = first.value(Tessel_Fields::Strategy::strategyParas).toString();
+    const QString& params = header.params;
     if (!params.isEmpty()) {
         // The comment is taken only once the text has been read as JSON: a
         // broken text must not wipe the one shown.
@@ -394,8 +386,8 @@ void MultiInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& records)
                 continue;
             // A leg the modification adds belongs to the instance from now on.
             SymbolInfoBase* leg = findOrAddLeg(symbol, side);
-            qCDebug(lcAlgoInstance).noquote() << "MultiInstanceInfo::OnRecv_InstModifyPush"
-                                              << leg->getKey();
+            qCDebug(lcAlgoInstance).noquote()
+                << "MultiInstanceInfo::OnRecv_InstModifyPush" << leg->getKey();
             const double quantity = entry.value(ContentKey::Quantity).toDouble();
             leg->setLimitPrice(entry.value(ContentKey::PriceLimits).toString());
             leg->setTargetQty(quantity);
@@ -406,14 +398,14 @@ void MultiInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& records)
         setInstanceComments(getParamFromJosn(params, Algo_Values::AlgoParamId::comment));
     }
 
-    setStatus(status);
-    if (first.contains(Algo_Fields::HelmStrategy::StrategyAlterComment))
-        setRemark(alterComment);
+    setStatus(header.status);
+    if (header.hasAlterComment)
+        setRemark(header.alterComment);
     if (first.contains(Algo_Fields::HelmStrategy::AlgStartTime)) {
         qCDebug(lcAlgoInstance).noquote() << "MultiInstanceInfo::OnRecv_InstModifyPush"
                                           << "contains AlgStartTime" << m_instanceID;
     }
     applyPushTimes(first);
-    setInstanceAlias(alias);
-    ContentWriteSection::notify(signalModifyPush);
+    setInstanceAlias(header.alias);
+    notifyModifyPush(header.ack, header.alterComment);
 }

@@ -64,8 +64,8 @@ void T0InstanceInfo::initSymbolInfo(const VariantMap& content, const VariantMap&
 
     const QVariantList list = content.value(ContentKey::SymbolParamKey).toList();
     if (list.isEmpty()) {
-        qCDebug(lcAlgoInstance).noquote() << "T0InstanceInfo::initSymbolInfo" << "symbol empty"
-                                          << content;
+        qCDebug(lcAlgoInstance).noquote() << "T0InstanceInfo::initSymbolInfo"
+                                          << "symbol empty" << content;
         return;
     }
 
@@ -83,8 +83,8 @@ void T0InstanceInfo::initSymbolInfo(const VariantMap& content, const VariantMap&
         const QString symbol = entry.value(ContentKey::Symbol).toString();
         if (!keyPartsUsable("T0InstanceInfo::initSymbolInfo", symbol))
             continue;
-        const QString key =
-            InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol, Algo_Values::AlgoGlobalType::all);
+        const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol,
+                                                             Algo_Values::AlgoGlobalType::all);
         const QString exchange = entry.value(ContentKey::Exchange).toString();
         const double targetQty = entry.value(AlgoConst::LabelTargetQty).toDouble();
         const QString buyType = entry.value(AlgoConst::LabelBuyType).toString();
@@ -112,7 +112,8 @@ void T0InstanceInfo::initSymbolInfo(const VariantMap& content, const VariantMap&
         const auto state = legStates.constFind(key);
         if (state != legStates.constEnd()) {
             const VariantMap legState = state.value().toMap();
-            leg->setClParentID(legState.value(Algo_Fields::HelmStrategy::ClParentOrderID).toString());
+            leg->setClParentID(
+                legState.value(Algo_Fields::HelmStrategy::ClParentOrderID).toString());
             leg->setStatus(legState.value(Tessel_Fields::Strategy::strategyStatus).toString());
         }
         AddSymbolInfo(leg);
@@ -146,8 +147,8 @@ void T0InstanceInfo::OnRecv_StrategyProgressGatherResponse(const VariantMapList&
         const QString symbol = record.value(Algo_Fields::AlgoInstProgressFields::Symbol).toString();
         if (symbol.isEmpty()) {
             qCDebug(lcAlgoInstance).noquote()
-                << "T0InstanceInfo::OnRecv_StrategyProgressGatherResponse" << "symbol is empty"
-                << record << report;
+                << "T0InstanceInfo::OnRecv_StrategyProgressGatherResponse"
+                << "symbol is empty" << record << report;
             return;
         }
         const QString key =
@@ -155,15 +156,16 @@ void T0InstanceInfo::OnRecv_StrategyProgressGatherResponse(const VariantMapList&
         SymbolInfoBase* leg = getSymbolInfo(key);
         if (!leg) {
             qCDebug(lcAlgoInstance).noquote()
-                << "T0InstanceInfo::OnRecv_StrategyProgressGatherResponse" << "symbol null" << key;
+                << "T0InstanceInfo::OnRecv_StrategyProgressGatherResponse"
+                << "symbol null" << key;
             continue;
         }
         leg->OnRecvSymbolProgressGatherInfo(record);
     }
 
     if (isFinalStatus()) {
-        qCDebug(lcAlgoInstance).noquote()
-            << "T0InstanceInfo::OnRecv_StrategyProgressGatherResponse" << "rcv final status";
+        qCDebug(lcAlgoInstance).noquote() << "T0InstanceInfo::OnRecv_StrategyProgressGatherResponse"
+                                          << "rcv final status";
         setFinalProgress(true);
     }
 }

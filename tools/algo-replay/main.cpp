@@ -37,7 +37,8 @@ int main(int argc, char** argv)
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption signalsOption(
-        QStringLiteral("signals"), QStringLiteral("Print every signal of the managers as JSON lines."));
+        QStringLiteral("signals"),
+        QStringLiteral("Print every signal of the managers as JSON lines."));
     const QCommandLineOption formatOption(QStringLiteral("format"),
                                           QStringLiteral("Snapshot format: table or json."),
                                           QStringLiteral("format"), QStringLiteral("table"));
@@ -51,8 +52,8 @@ int main(int argc, char** argv)
     const QCommandLineOption verboseOption(
         QStringLiteral("verbose"),
         QStringLiteral("Show the library's debug and info log lines on stderr."));
-    parser.addOptions({signalsOption, formatOption, strictOption, quietOption, liveTimerOption,
-                       verboseOption});
+    parser.addOptions(
+        {signalsOption, formatOption, strictOption, quietOption, liveTimerOption, verboseOption});
     parser.addPositionalArgument(QStringLiteral("CAPTURE"),
                                  QStringLiteral("Capture files, in order; - reads standard input."),
                                  QStringLiteral("CAPTURE..."));
@@ -61,7 +62,8 @@ int main(int argc, char** argv)
     // The library explains itself at debug level; a command line wants its
     // warnings only. QT_LOGGING_RULES still overrides this.
     if (!parser.isSet(verboseOption))
-        QLoggingCategory::setFilterRules(QStringLiteral("algologic.*.debug=false\nalgologic.*.info=false"));
+        QLoggingCategory::setFilterRules(
+            QStringLiteral("algologic.*.debug=false\nalgologic.*.info=false"));
 
     QTextStream out(stdout);
     QTextStream errors(stderr);
