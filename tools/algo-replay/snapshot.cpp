@@ -284,6 +284,21 @@ QString cell(const QJsonValue& value)
     return value.toString();
 }
 
+// Terminal columns a text takes: East Asian wide characters take two.
+int displayWidth(const QString& text)
+{
+    int width = 0;
+    for (const QChar ch : text) {
+        const ushort u = ch.unicode();
+        const bool wide = (u >= 0x1100 && u <= 0x115F) || (u >= 0x2E80 && u <= 0xA4CF)
+                       || (u >= 0xAC00 && u <= 0xD7A3) || (u >= 0xF900 && u <= 0xFAFF)
+                       || (u >= 0xFE30 && u <= 0xFE4F) || (u >= 0xFF00 && u <= 0xFF60)
+                       || (u >= 0xFFE0 && u <= 0xFFE6);
+        width += wide ? 2 : 1;
+    }
+    return width;
+}
+
 // Rows padded to the widest cell of each column.
 QString alignRows(const QList<QStringList>& rows, const QString& indent)
 {
@@ -291,13 +306,13 @@ QString alignRows(const QList<QStringList>& rows, const QString& indent)
     for (const QStringList& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (int i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], row.at(i).size());
+            widths[i] = std::max(widths[i], displayWidth(row.at(i)));
     }
     QString out;
     for (const QStringList& row : rows) {
         QString line = indent;
         for (int i = 0; i < row.size(); ++i)
-            line += row.at(i).leftJustified(widths[i] + 2);
+            line += row.at(i) + QString(widths[i] + 2 - displayWidth(row.at(i)), QLatin1Char(' '));
         while (line.endsWith(QLatin1Char(' ')))
             line.chop(1);
         out += line + QLatin1Char('\n');
