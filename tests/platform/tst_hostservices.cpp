@@ -2,7 +2,9 @@
 // display factors and fund accounts, report-text parsing and latest prices.
 // They are process-wide, so every test starts from a reset state.
 
+#include <platform/businessdata.h>
 #include <platform/helmbusinessdata.h>
+#include <platform/kxthread.h>
 #include <platform/helmutils.h>
 #include <platform/quotehandler.h>
 
@@ -109,6 +111,27 @@ private slots:
         QCOMPARE(QJsonObject::fromVariantMap(out), QJsonObject::fromVariantMap(expected));
         QVERIFY(!out.contains("leg")
                 || (out["leg"].type() == QVariant::Map && out["list"].type() == QVariant::List));
+    }
+
+    // The login account and security types are replaced, looked up exactly
+    // and forgotten by Reset; a running thread may be destroyed.
+    void businessDataAndThread()
+    {
+        CBusinessDataBase* data = CBusinessDataBase::GetInstance();
+        data->SetLoginAccount("u1");
+        data->SetLoginAccount("u2");
+        data->SetSecurityType("204001.SH", "Bond");
+        QCOMPARE(data->GetLoginAccount(), QString("u2"));
+        QCOMPARE(data->GetSecurityTypeBySymbol("204001.SH"), QString("Bond"));
+        QCOMPARE(data->GetSecurityTypeBySymbol("204001.sh"), QString());
+        data->Reset();
+        QVERIFY(data->GetLoginAccount().isEmpty()
+                && data->GetSecurityTypeBySymbol("204001.SH").isEmpty());
+
+        auto* thread = new KxThread;
+        thread->start();
+        QVERIFY(QTest::qWaitFor([thread] { return thread->isRunning(); }));
+        delete thread; // quits and waits instead of aborting the process
     }
 };
 

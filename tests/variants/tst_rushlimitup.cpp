@@ -43,6 +43,21 @@ class TestRushLimitUp : public QObject
 private slots:
     void initTestCase() { QLoggingCategory::setFilterRules("algologic.*.debug=true"); }
 
+    // A copy through the base keeps the "info" tag and so plain legs, and is
+    // independent of the original.
+    void copyThroughBase()
+    {
+        auto inst = makeInstance();
+        QCOMPARE(inst->getClassType(), QString("info"));
+        {
+            InstanceInfoBase copy(*inst);
+            SymbolInfoBase* leg = copy.getSymbolInfo(buyKey());
+            QVERIFY(leg && leg != inst->getSymbolInfo(buyKey()));
+            leg->setTargetQty(1);
+        }
+        QCOMPARE(inst->getSymbolInfo(buyKey())->targetQty(), 9.0);
+    }
+
     void legKeyedBuyWhateverTheSide()
     {
         auto inst = makeInstance();
