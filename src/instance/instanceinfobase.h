@@ -291,9 +291,9 @@ protected:
     // router's write lock when called inside one.
     void notifyModifyPush(const QString& ack, const QString& comment) const;
 
-    // Comments, trade order, mode, market rate, open side and invest type
-    // from the parameter text m_params.
-    void applyParamDerivedFields();
+    // Comments, mode, market rate, open side and invest type (and, when
+    // asked, the trade order) from the parameter text m_params.
+    void applyParamDerivedFields(bool withTradeOrder);
 
     // Takes a new, non-empty parameter text: stores it, runs UpdateParamMap,
     // then the mode, market rate, open side, invest type and comments.

@@ -120,10 +120,11 @@ QString InstanceInfoBase::fillMetaData(const QString& metaData)
     return QStringLiteral("%1-%2").arg(orderInfo, basePrice);
 }
 
-void InstanceInfoBase::applyParamDerivedFields()
+void InstanceInfoBase::applyParamDerivedFields(bool withTradeOrder)
 {
     m_instanceComments = getParamFromJosn(m_params, Algo_Values::AlgoParamId::comment);
-    setInstanceTradeOrder(getParamFromJosn(m_params, Algo_Values::AlgoParamId::traderOrder));
+    if (withTradeOrder)
+        setInstanceTradeOrder(getParamFromJosn(m_params, Algo_Values::AlgoParamId::traderOrder));
     setInstMode(getParamFromJosn(m_params, Algo_Fields::AlgoInstContentInfo::instMode));
     m_marketRate = getParamFromJosn(m_params, Algo_Fields::AlgoInstContentInfo::participationrate);
     m_openSide = getParamFromJosn(m_params, Algo_Values::AlgoParamId::OpenClose);
@@ -157,7 +158,7 @@ void InstanceInfoBase::initInfo(VariantMap record)
     setFilledBalance(filledAmount);
     setProgrees(progress);
 
-    applyParamDerivedFields();
+    applyParamDerivedFields(true);
     m_createUser = record.value(UserAccount::userID).toString();
     m_dataMap = record;
 }
@@ -302,7 +303,7 @@ void InstanceInfoBase::OnRect_QueryAlgoStrategyResponse_Detail(const VariantMap&
     if (!clInstanceID.isEmpty())
         m_clInstanceID = clInstanceID;
 
-    applyParamDerivedFields();
+    applyParamDerivedFields(true);
     if (record.contains(Strategy::strategyStatus))
         setStatus(status);
 

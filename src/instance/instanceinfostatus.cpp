@@ -70,11 +70,8 @@ void InstanceInfoBase::takeParameters(const QString& paras)
 {
     m_params = paras;
     UpdateParamMap(paras);
-    setInstMode(getParamFromJosn(paras, Algo_Fields::AlgoInstContentInfo::instMode));
-    m_marketRate = getParamFromJosn(paras, Algo_Fields::AlgoInstContentInfo::participationrate);
-    m_openSide = getParamFromJosn(paras, Algo_Values::AlgoParamId::OpenClose);
-    m_investType = getParamFromJosn(paras, Algo_Values::AlgoParamId::InvestType);
-    m_instanceComments = getParamFromJosn(paras, Algo_Values::AlgoParamId::comment);
+    // A pushed parameter text leaves the trade order as it is.
+    applyParamDerivedFields(false);
 }
 
 void InstanceInfoBase::OnRecv_InstStatusUpdate(const VariantMapList& records)

@@ -180,8 +180,13 @@ private:
 
     // The registered instance, or null. Takes the registry lock for reading.
     InstanceInfoBase* GetInstanceInfo(const QString& instanceID);
-    // The registered instance of record 0's strategy ID, or null.
-    InstanceInfoBase* lookUpFirstRecord(const VariantMapList& records, QString& instanceID);
+    using RecordsHandler = void (InstanceInfoBase::*)(const VariantMapList&);
+    // Runs `handler` of the instance named by record 0's strategy ID under the
+    // content write lock (the registry lock released first). False when the
+    // list is empty or the instance unknown. `trace`, when given, logs the
+    // lookup.
+    bool routeByFirstRecord(const VariantMapList& records, RecordsHandler handler,
+                            const char* trace, QString& instanceID);
     // The registered instances of `algoType` whose class is T, in ID order;
     // none for the unknown type.
     template <typename T>

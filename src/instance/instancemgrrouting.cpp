@@ -17,12 +17,22 @@ const QString kRequestSucceeded = QStringLiteral("0");
 
 } // namespace
 
-InstanceInfoBase* InstanceMgr::lookUpFirstRecord(const VariantMapList& records,
-                                                 QString& instanceID)
+bool InstanceMgr::routeByFirstRecord(const VariantMapList& records, RecordsHandler handler,
+                                     const char* trace, QString& instanceID)
 {
+    if (records.isEmpty())
+        return false;
+    // Records after the first are not looked at here: the handler gets them all.
     const VariantMap first = records.first();
     instanceID = first.value(Tessel_Fields::Strategy::strategyID).toString();
-    return GetInstanceInfo(instanceID);
+    InstanceInfoBase* inst = GetInstanceInfo(instanceID);
+    if (trace)
+        qCDebug(lcAlgoInstance).noquote() << trace << instanceID << inst;
+    if (!inst)
+        return false;
+    ContentWriteSection section;
+    (inst->*handler)(records);
+    return true;
 }
 
 void InstanceMgr::OnRecv_QueryAlgoStrategyResponse(const VariantMapList& records)
@@ -99,45 +109,26 @@ void InstanceMgr::OnRecv_QueryAlgoStrategyResponse(const VariantMapList& records
 
 void InstanceMgr::OnRecv_StrategyProgressGatherResponse(const VariantMapList& records)
 {
-    if (records.isEmpty())
-        return;
     QString instanceID;
-    InstanceInfoBase* inst = lookUpFirstRecord(records, instanceID);
-    qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::OnRecv_StrategyProgressGatherResponse"
-                                      << instanceID << inst;
-    if (!inst)
-        return;
-    {
-        ContentWriteSection section;
-        inst->OnRecv_StrategyProgressGatherResponse(records);
-    }
-    emit signalProgreeDelayUpadaete(instanceID);
+    if (routeByFirstRecord(records, &InstanceInfoBase::OnRecv_StrategyProgressGatherResponse,
+                           "InstanceMgr::OnRecv_StrategyProgressGatherResponse", instanceID))
+        emit signalProgreeDelayUpadaete(instanceID);
 }
 
 void InstanceMgr::OnRecv_StrategyReportResponse(const VariantMapList& records)
 {
-    if (records.isEmpty())
-        return;
     QString instanceID;
-    InstanceInfoBase* inst = lookUpFirstRecord(records, instanceID);
-    if (!inst)
-        return;
-    ContentWriteSection section;
-    inst->OnRecv_StrategyReportResponse(records);
+    routeByFirstRecord(records, &InstanceInfoBase::OnRecv_StrategyReportResponse, nullptr,
+                       instanceID);
 }
 
 void InstanceMgr::OnRecv_DeleteAlgoInstanceResponse(const VariantMapList& records)
 {
-    if (records.isEmpty())
-        return;
-    QString instanceID;
-    InstanceInfoBase* inst = lookUpFirstRecord(records, instanceID);
-    if (!inst)
-        return;
     // The terminal refreshes the instance's figures from the answer; removal
     // is the host's business (DeleteInstance).
-    ContentWriteSection section;
-    inst->OnRecv_StrategyProgressGatherResponse(records);
+    QString instanceID;
+    routeByFirstRecord(records, &InstanceInfoBase::OnRecv_StrategyProgressGatherResponse, nullptr,
+                       instanceID);
 }
 
 int InstanceMgr::OnRecv_InstStatusUpdate(const QString& instanceID, const VariantMapList& records)

@@ -173,7 +173,6 @@ bool parseOperation(const QByteArray& line, Operation& op, QString& error)
 
     op = Operation();
     op.kind = kind.value();
-    op.name = opValue.toString();
     MemberReader reader(object);
     switch (op.kind) {
     case OpKind::Login:

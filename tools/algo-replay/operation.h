@@ -34,7 +34,6 @@ enum class OpKind {
 struct Operation
 {
     OpKind kind = OpKind::Tick;
-    QString name;          // the "op" text
     QString text;          // account, symbol, algoType or instanceID, by kind
     QString algoName;      // create
     double number = 0.0;   // factor or price
