@@ -5,6 +5,7 @@
 
 #include "common/algologicglobal.h"
 #include "common/algoconstants.h"
+#include "common/locking.h"
 #include "common/logging.h"
 #include "common/metatypes.h"
 #include "common/numbers.h"

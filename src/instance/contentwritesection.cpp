@@ -12,15 +12,15 @@ thread_local std::vector<std::function<void()>> t_pending;
 } // namespace
 
 ContentWriteSection::ContentWriteSection()
+    : m_locker(InstanceMgr::instance()->getLocker())
 {
-    InstanceMgr::instance()->getLocker()->lockForWrite();
     ++t_depth;
 }
 
 ContentWriteSection::~ContentWriteSection()
 {
     --t_depth;
-    InstanceMgr::instance()->getLocker()->unlock();
+    m_locker.unlock();
     if (t_depth > 0)
         return;
     // A receiver may route more traffic and so queue more notifications.

@@ -12,6 +12,8 @@
 // order, right after the outermost section has released the lock; outside
 // any section they are emitted at once.
 
+#include "common/locking.h"
+
 #include <functional>
 
 class ContentWriteSection
@@ -24,4 +26,7 @@ public:
 
     // Runs `emitter` now, or after the current thread's outermost section.
     static void notify(std::function<void()> emitter);
+
+private:
+    AlgoLogic::WriteLocker m_locker;
 };

@@ -1,4 +1,5 @@
 #include "instance/instancemgr.h"
+#include "common/locking.h"
 
 #include "common/algoconstants.h"
 #include "common/logging.h"
@@ -102,7 +103,7 @@ void InstanceMgr::InsertNewInstance(InstanceInfoBase* inst)
 {
     if (!inst)
         return;
-    QWriteLocker locker(&m_lockInstance);
+    AlgoLogic::WriteLocker locker(&m_lockInstance);
     const QString instanceID = inst->instanceID();
     InstanceInfoBase* previous = m_mapInstance.value(instanceID, nullptr);
     if (previous && previous != inst)
@@ -117,7 +118,7 @@ void InstanceMgr::InsertNewInstance(InstanceInfoBase* inst)
 void InstanceMgr::DeleteInstance(const QString& instanceID)
 {
     qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::DeleteInstance" << instanceID;
-    QWriteLocker locker(&m_lockInstance);
+    AlgoLogic::WriteLocker locker(&m_lockInstance);
     const auto it = m_mapInstance.constFind(instanceID);
     if (it == m_mapInstance.constEnd())
         return;
@@ -126,7 +127,7 @@ void InstanceMgr::DeleteInstance(const QString& instanceID)
         // The query router may set the client ID under the content lock.
         QString clInstanceID;
         {
-            QReadLocker contentLocker(g_instanceContentLock);
+            AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
             clInstanceID = inst->clInstanceID();
         }
         m_mapClInstToInst.remove(clInstanceID);
@@ -137,13 +138,13 @@ void InstanceMgr::DeleteInstance(const QString& instanceID)
 
 bool InstanceMgr::ContainsInstance(const QString& instanceID)
 {
-    QReadLocker locker(&m_lockInstance);
+    AlgoLogic::ReadLocker locker(&m_lockInstance);
     return m_mapInstance.contains(instanceID);
 }
 
 InstanceInfoBase* InstanceMgr::GetInstanceInfo(const QString& instanceID)
 {
-    QReadLocker locker(&m_lockInstance);
+    AlgoLogic::ReadLocker locker(&m_lockInstance);
     return m_mapInstance.value(instanceID, nullptr);
 }
 
@@ -151,13 +152,13 @@ InstanceInfoBase* InstanceMgr::GetInstanceInfo(const QString& instanceID)
 
 QList<QString> InstanceMgr::GetAllInstanceIDs(const QString& algoType)
 {
-    QReadLocker registryLocker(&m_lockInstance);
+    AlgoLogic::ReadLocker registryLocker(&m_lockInstance);
     qCDebug(lcAlgoInstance).noquote() << "GetAllInstanceIDs:" << algoType;
     if (algoType == Algo_Values::AlgoGlobalType::unknown)
         return m_mapInstance.keys();
 
     QList<QString> ids;
-    QReadLocker contentLocker(g_instanceContentLock);
+    AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
     for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
         if (!inst) {
             qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDs" << "null ptr"
@@ -188,7 +189,7 @@ bool isDeleted(const InstanceInfoBase* inst)
 
 QStringList InstanceMgr::GetAllInstanceIDsExceptDeleted(const QString& algoType, bool allCreators)
 {
-    QReadLocker registryLocker(&m_lockInstance);
+    AlgoLogic::ReadLocker registryLocker(&m_lockInstance);
     qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDsExceptDeleted"
                                       << "GetAllInstanceIDs:" << algoType;
     if (algoType == Algo_Values::AlgoGlobalType::unknown)
@@ -197,7 +198,7 @@ QStringList InstanceMgr::GetAllInstanceIDsExceptDeleted(const QString& algoType,
     const QString login =
         allCreators ? QString() : CBusinessDataBase::GetInstance()->GetLoginAccount();
     QStringList ids;
-    QReadLocker contentLocker(g_instanceContentLock);
+    AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
     for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
         if (!inst) {
             qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDsExceptDeleted"
@@ -215,11 +216,11 @@ QStringList InstanceMgr::GetAllInstanceIDsExceptDeleted(const QString& algoType,
 
 QStringList InstanceMgr::GetAllInstanceIDsExceptDeletedForAllType(bool allCreators)
 {
-    QReadLocker registryLocker(&m_lockInstance);
+    AlgoLogic::ReadLocker registryLocker(&m_lockInstance);
     const QString login =
         allCreators ? QString() : CBusinessDataBase::GetInstance()->GetLoginAccount();
     QStringList ids;
-    QReadLocker contentLocker(g_instanceContentLock);
+    AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
     for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
         if (!inst || isDeleted(inst))
             continue;
@@ -232,11 +233,11 @@ QStringList InstanceMgr::GetAllInstanceIDsExceptDeletedForAllType(bool allCreato
 
 QStringList InstanceMgr::GetInstanceIDsForSpecialAlgoName(const QStringList& algoNames)
 {
-    QReadLocker registryLocker(&m_lockInstance);
+    AlgoLogic::ReadLocker registryLocker(&m_lockInstance);
     qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetInstanceIDsForSpecialAlgoName"
                                       << algoNames;
     QStringList ids;
-    QReadLocker contentLocker(g_instanceContentLock);
+    AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
     for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
         if (!inst) {
             qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetInstanceIDsForSpecialAlgoName"
@@ -254,7 +255,7 @@ QMap<QString, InstanceInfoBase*> InstanceMgr::GetInstanceInfoForAllType()
     // The copy shares the map's data; taking it while another thread inserts
     // would race, so it is taken under the registry lock. The objects it
     // points to are never freed, so the copy stays usable without a lock.
-    QReadLocker locker(&m_lockInstance);
+    AlgoLogic::ReadLocker locker(&m_lockInstance);
     return m_mapInstance;
 }
 
@@ -267,14 +268,14 @@ QString InstanceMgr::GetAlgoTypeByInstID(const QString& instanceID)
                                           << instanceID;
         return algoType;
     }
-    QReadLocker contentLocker(g_instanceContentLock);
+    AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
     algoType = inst->instAlgoType();
     return algoType;
 }
 
 QString InstanceMgr::GetInstanceIDByClInstID(const QString& clInstanceID)
 {
-    QReadLocker locker(&m_lockInstance);
+    AlgoLogic::ReadLocker locker(&m_lockInstance);
     return m_mapClInstToInst.value(clInstanceID);
 }
 
@@ -319,7 +320,7 @@ SymbolInfoBase* InstanceMgr::getSymbolInfo(QString key)
                                           << instanceID;
         return nullptr;
     }
-    QReadLocker contentLocker(g_instanceContentLock);
+    AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
     return inst->getSymbolInfo(key);
 }
 
@@ -331,7 +332,7 @@ void InstanceMgr::getOneSymbol(QString instanceID, QString& symbol, QString& sid
                                           << instanceID;
         return;
     }
-    QReadLocker contentLocker(g_instanceContentLock);
+    AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
     inst->getOneSymbol(symbol, side);
 }
 
@@ -340,13 +341,13 @@ void InstanceMgr::getOneSymbol(QString instanceID, QString& symbol, QString& sid
 void InstanceMgr::setCreateErrorInfoByClInst(const QString& clInstanceID,
                                              const QString& errorCode, const QString& errorText)
 {
-    QWriteLocker locker(&m_lockCreateErrorInfo);
+    AlgoLogic::WriteLocker locker(&m_lockCreateErrorInfo);
     m_mapCreateErrorInfo.insert(clInstanceID, std::make_pair(errorCode, errorText));
 }
 
 std::pair<QString, QString> InstanceMgr::getCreateErrorInfoByClInst(const QString& clInstanceID)
 {
-    QReadLocker locker(&m_lockCreateErrorInfo);
+    AlgoLogic::ReadLocker locker(&m_lockCreateErrorInfo);
     return m_mapCreateErrorInfo.value(clInstanceID,
                                       std::make_pair(QStringLiteral(""), QStringLiteral("")));
 }

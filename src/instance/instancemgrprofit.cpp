@@ -1,6 +1,7 @@
 // The periodic recalculation of the floating profit of T0 legs.
 
 #include "instance/instancemgr.h"
+#include "common/locking.h"
 
 #include "common/logging.h"
 #include "instance/instanceinfobase.h"
@@ -13,10 +14,10 @@ template <typename T>
 QList<T*> InstanceMgr::GetInstanceInfoList(const QString& algoType)
 {
     QList<T*> result;
-    QReadLocker registryLocker(&m_lockInstance);
+    AlgoLogic::ReadLocker registryLocker(&m_lockInstance);
     if (algoType == Algo_Values::AlgoGlobalType::unknown)
         return result;
-    QReadLocker contentLocker(getLocker());
+    AlgoLogic::ReadLocker contentLocker(getLocker());
     for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
         if (!inst || inst->instAlgoType() != algoType)
             continue;
@@ -39,18 +40,18 @@ void InstanceMgr::slotCalculateTimer(QString unused)
         // valid after the walk; the walk itself must not race an insertion.
         QList<T0SymbolInfo*> legs;
         {
-            QReadLocker contentLocker(getLocker());
+            AlgoLogic::ReadLocker contentLocker(getLocker());
             legs = inst->GetAllSymbols_Ptr<T0SymbolInfo>();
         }
         for (T0SymbolInfo* leg : legs) {
             QString symbol;
             {
-                QReadLocker contentLocker(getLocker());
+                AlgoLogic::ReadLocker contentLocker(getLocker());
                 symbol = leg->symbol();
             }
             // The quote service may be slow: ask it outside any lock.
             const double price = quotes.GetLatestPrice(symbol, 0);
-            QWriteLocker contentLocker(getLocker());
+            AlgoLogic::WriteLocker contentLocker(getLocker());
             const double profit = leg->sellAmount()
                                 - (leg->sellDealQty() - leg->buyDealQty()) * price
                                 - leg->buyAmount() - leg->buyFee() - leg->sellFee();

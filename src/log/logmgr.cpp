@@ -1,10 +1,10 @@
 #include "log/logmgr.h"
+#include "common/locking.h"
 
 #include "common/logging.h"
 #include "common/metatypes.h"
 #include "platform/algodefines.h"
 
-#include <QMutexLocker>
 
 #include <algorithm>
 
@@ -33,25 +33,25 @@ void LogMgr::init()
 
 void LogMgr::popInstProgress(QHash<QString, QList<QString>>& out)
 {
-    QMutexLocker locker(&m_progressMutex);
+    AlgoLogic::MutexLocker locker(&m_progressMutex);
     m_instProgressHash.swap(out);
 }
 
 void LogMgr::popInstMsg(QHash<QString, QStringList>& out)
 {
-    QMutexLocker locker(&m_msgMutex);
+    AlgoLogic::MutexLocker locker(&m_msgMutex);
     m_instMsgHash.swap(out);
 }
 
 void LogMgr::popInstDiff(QHash<QString, QString>& out)
 {
-    QMutexLocker locker(&m_diffMutex);
+    AlgoLogic::MutexLocker locker(&m_diffMutex);
     m_instDiffHash.swap(out);
 }
 
 void LogMgr::popInstLog(const QString& instId, QList<QString>& out)
 {
-    QMutexLocker locker(&m_logMutex);
+    AlgoLogic::MutexLocker locker(&m_logMutex);
     const auto it = m_instLogHash.find(instId);
     if (it == m_instLogHash.end())
         return;
@@ -61,7 +61,7 @@ void LogMgr::popInstLog(const QString& instId, QList<QString>& out)
 
 VariantMapList LogMgr::GetTradeMsgByInstIdList(const QStringList& instIds, int sortOrder)
 {
-    QReadLocker locker(&m_tradeMsgLock);
+    AlgoLogic::ReadLocker locker(&m_tradeMsgLock);
     QSet<int> numbers;
     for (const QString& instId : instIds) {
         const auto it = m_instTradeMsgIds.constFind(instId);

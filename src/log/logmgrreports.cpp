@@ -1,6 +1,7 @@
 // Parsing of the algo server's strategy-report pushes into the log buffers.
 
 #include "log/logmgr.h"
+#include "common/locking.h"
 
 #include "common/logging.h"
 #include "platform/algodefines.h"
@@ -10,7 +11,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonParseError>
-#include <QMutexLocker>
 
 namespace {
 
@@ -51,13 +51,13 @@ void LogMgr::appendProgress(const QString& instId, const QStringList& texts)
 {
     if (texts.isEmpty())
         return;
-    QMutexLocker locker(&m_progressMutex);
+    AlgoLogic::MutexLocker locker(&m_progressMutex);
     m_instProgressHash[instId].append(texts);
 }
 
 void LogMgr::storeTradeMessage(const QString& instId, const QString& body)
 {
-    QWriteLocker locker(&m_tradeMsgLock);
+    AlgoLogic::WriteLocker locker(&m_tradeMsgLock);
     VariantMap message;
     HelmUtils::TransStr2Map(body, message);
     if (message.isEmpty())
@@ -103,17 +103,17 @@ void LogMgr::slotRecvGatherStrategyReport(const QVariant& reports)
         } else if (record.type == Algo_Values::ReportType::console) {
             if (record.body.isEmpty())
                 continue;
-            QMutexLocker locker(&m_logMutex);
+            AlgoLogic::MutexLocker locker(&m_logMutex);
             m_instLogHash[record.strategyID].append(record.body);
         } else if (record.type == Algo_Values::ReportType::message) {
             if (record.body.isEmpty())
                 continue;
-            QMutexLocker locker(&m_msgMutex);
+            AlgoLogic::MutexLocker locker(&m_msgMutex);
             m_instMsgHash[record.strategyID].append(record.body);
         } else if (record.type == Algo_Values::ReportType::diff) {
             if (record.body.isEmpty())
                 continue;
-            QMutexLocker locker(&m_diffMutex);
+            AlgoLogic::MutexLocker locker(&m_diffMutex);
             m_instDiffHash.insert(record.strategyID, record.body);
         } else if (record.type == Algo_Values::ReportType::tradeMsg) {
             storeTradeMessage(record.strategyID, record.body);

@@ -1,4 +1,5 @@
 #include "platform/helmbusinessdata.h"
+#include "common/locking.h"
 
 #include <QHash>
 #include <QReadWriteLock>
@@ -30,7 +31,7 @@ bool tagUserAccountInfo::operator==(const tagUserAccountInfo& other) const
 int HelmBusinessDataInterface::GetDispFactorBySymbol(const QString& symbol)
 {
     BusinessDataStore& data = store();
-    QReadLocker locker(&data.lock);
+    AlgoLogic::ReadLocker locker(&data.lock);
     return data.dispFactors.value(symbol, 1);
 }
 
@@ -39,7 +40,7 @@ HelmBusinessDataInterface::GetAccountInfoListFromTrade(const QString& tradingAcc
                                                        bool includeAll)
 {
     BusinessDataStore& data = store();
-    QReadLocker locker(&data.lock);
+    AlgoLogic::ReadLocker locker(&data.lock);
     const QList<tagUserAccountInfo> all = data.accountsByTrading.value(tradingAccount);
     return includeAll ? all : all.mid(0, 1);
 }
@@ -47,21 +48,21 @@ HelmBusinessDataInterface::GetAccountInfoListFromTrade(const QString& tradingAcc
 void HelmBusinessDataInterface::SetDispFactor(const QString& symbol, int factor)
 {
     BusinessDataStore& data = store();
-    QWriteLocker locker(&data.lock);
+    AlgoLogic::WriteLocker locker(&data.lock);
     data.dispFactors.insert(symbol, factor);
 }
 
 void HelmBusinessDataInterface::AddAccountInfo(const tagUserAccountInfo& info)
 {
     BusinessDataStore& data = store();
-    QWriteLocker locker(&data.lock);
+    AlgoLogic::WriteLocker locker(&data.lock);
     data.accountsByTrading[info.tradingAccount].append(info);
 }
 
 void HelmBusinessDataInterface::Reset()
 {
     BusinessDataStore& data = store();
-    QWriteLocker locker(&data.lock);
+    AlgoLogic::WriteLocker locker(&data.lock);
     data.dispFactors.clear();
     data.accountsByTrading.clear();
 }

@@ -1,4 +1,5 @@
 #include "platform/kxalgodatamgr.h"
+#include "common/locking.h"
 
 #include "common/logging.h"
 #include "common/metatypes.h"
@@ -26,7 +27,7 @@ int KxAlgoDataMgr::indexOfLocked(const QString& algoName) const
 
 AesStrategy KxAlgoDataMgr::GetStrategy(const QString& algoName) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     const int index = indexOfLocked(algoName);
     return index < 0 ? AesStrategy() : m_strategies.at(index);
 }
@@ -34,7 +35,7 @@ AesStrategy KxAlgoDataMgr::GetStrategy(const QString& algoName) const
 QMap<QString, AesStrategy> KxAlgoDataMgr::GetStrategyList(QMap<QString, QString> filter) const
 {
     QMap<QString, AesStrategy> result;
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     for (auto it = m_indexByName.cbegin(); it != m_indexByName.cend(); ++it) {
         if (filter.isEmpty() || filter.contains(it.key()))
             result.insert(it.key(), m_strategies.at(it.value()));
@@ -45,7 +46,7 @@ QMap<QString, AesStrategy> KxAlgoDataMgr::GetStrategyList(QMap<QString, QString>
 void KxAlgoDataMgr::GetAllStrategies(QList<AesStrategy>& out, const QString& algoType) const
 {
     out.clear();
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     for (const AesStrategy& strategy : m_strategies) {
         if (algoType.isEmpty() || strategy.algoType() == algoType)
             out.append(strategy);
@@ -54,13 +55,13 @@ void KxAlgoDataMgr::GetAllStrategies(QList<AesStrategy>& out, const QString& alg
 
 QList<AesStrategy> KxAlgoDataMgr::GetAllStrategies() const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     return m_strategies;
 }
 
 void KxAlgoDataMgr::GetStrategyCnt(int& count) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     count = m_strategies.size();
 }
 
@@ -81,25 +82,25 @@ QString KxAlgoDataMgr::GetUnderlyingMaxNum(const QString& algoName) const
 
 bool KxAlgoDataMgr::ContainsStrategy(const QString& algoName) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     return indexOfLocked(algoName) >= 0;
 }
 
 QMap<QString, QMap<QString, QMap<QString, QString>>> KxAlgoDataMgr::GetAllAuthorityInfo() const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     return m_authority;
 }
 
 bool KxAlgoDataMgr::isAlgoStrategyReady() const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     return m_strategiesReady;
 }
 
 bool KxAlgoDataMgr::isNewAuthorityReady() const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     return m_authorityReady;
 }
 
@@ -114,7 +115,7 @@ void KxAlgoDataMgr::requestAlgoData()
 void KxAlgoDataMgr::setStrategies(const QList<AesStrategy>& list)
 {
     {
-        QWriteLocker locker(&m_lock);
+        AlgoLogic::WriteLocker locker(&m_lock);
         m_strategies = list;
         m_indexByName.clear();
         for (int i = 0; i < m_strategies.size(); ++i)
@@ -128,7 +129,7 @@ void KxAlgoDataMgr::setStrategies(const QList<AesStrategy>& list)
 void KxAlgoDataMgr::setAuthority(const QMap<QString, QMap<QString, QMap<QString, QString>>>& table)
 {
     {
-        QWriteLocker locker(&m_lock);
+        AlgoLogic::WriteLocker locker(&m_lock);
         m_authority = table;
         m_authorityReady = true;
     }
@@ -137,7 +138,7 @@ void KxAlgoDataMgr::setAuthority(const QMap<QString, QMap<QString, QMap<QString,
 
 void KxAlgoDataMgr::clear()
 {
-    QWriteLocker locker(&m_lock);
+    AlgoLogic::WriteLocker locker(&m_lock);
     m_strategies.clear();
     m_indexByName.clear();
     m_authority.clear();

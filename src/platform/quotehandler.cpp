@@ -1,4 +1,5 @@
 #include "platform/quotehandler.h"
+#include "common/locking.h"
 
 CommonQuotaHandler& CommonQuotaHandler::instance()
 {
@@ -11,18 +12,18 @@ CommonQuotaHandler::~CommonQuotaHandler() = default;
 double CommonQuotaHandler::GetLatestPrice(const QString& symbol, int flag)
 {
     Q_UNUSED(flag)
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     return m_prices.value(symbol, 0.0);
 }
 
 void CommonQuotaHandler::SetLatestPrice(const QString& symbol, double price)
 {
-    QWriteLocker locker(&m_lock);
+    AlgoLogic::WriteLocker locker(&m_lock);
     m_prices.insert(symbol, price);
 }
 
 void CommonQuotaHandler::Reset()
 {
-    QWriteLocker locker(&m_lock);
+    AlgoLogic::WriteLocker locker(&m_lock);
     m_prices.clear();
 }

@@ -2,6 +2,7 @@
 // always under the manager's read lock.
 
 #include "strategy/strategymgr.h"
+#include "common/locking.h"
 
 #include "platform/kxalgodatamgr.h"
 
@@ -30,7 +31,7 @@ QList<AesStrategy> catalogueEntries(const QStringList& names)
 QStringList StrategyMgr::GetAuthorityNameIntersection(QStringList accounts,
                                                       QString category) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     QSet<QString> names;
     bool first = true;
     for (const QString& account : qAsConst(accounts)) {
@@ -59,7 +60,7 @@ QList<AesStrategy> StrategyMgr::GetAuthorityIntersection(QString category) const
 {
     QStringList accounts;
     {
-        QReadLocker locker(&m_lock);
+        AlgoLogic::ReadLocker locker(&m_lock);
         accounts = m_authorityMap.keys();
     }
     return GetAuthorityIntersection(accounts, category);
@@ -67,7 +68,7 @@ QList<AesStrategy> StrategyMgr::GetAuthorityIntersection(QString category) const
 
 QList<AesStrategy> StrategyMgr::GetAuthorityUnion(QString category) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     QSet<QString> names;
     for (auto account = m_authorityMap.cbegin(); account != m_authorityMap.cend(); ++account) {
         const auto algos = account.value().constFind(category);
@@ -100,7 +101,7 @@ QStringList StrategyMgr::GetAuthorityAlgoAlias(QString account, QString category
 
 QStringList StrategyMgr::GetAuthorityAccountList(QString algoName, QString category) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     QStringList accounts;
     for (auto account = m_authorityMap.cbegin(); account != m_authorityMap.cend(); ++account) {
         const auto algos = account.value().constFind(category);
@@ -112,6 +113,6 @@ QStringList StrategyMgr::GetAuthorityAccountList(QString algoName, QString categ
 
 bool StrategyMgr::hasCorrespAuthority(QString account, QString algoName, QString category) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     return m_authorityMap.value(account).value(category).contains(algoName);
 }

@@ -1,4 +1,5 @@
 #include "strategy/strategymgr.h"
+#include "common/locking.h"
 
 #include "common/logging.h"
 #include "common/metatypes.h"
@@ -68,7 +69,7 @@ void StrategyMgr::getCacheData()
 
 void StrategyMgr::replaceAuthority(const AuthorityTable& table)
 {
-    QWriteLocker locker(&m_lock);
+    AlgoLogic::WriteLocker locker(&m_lock);
     m_authorityMap = table;
 }
 
@@ -126,7 +127,7 @@ ALGO_SYMBOL_FLAG StrategyMgr::GetAlgoSymbolType(const QString& algoName) const
 
 QString StrategyMgr::GetAlgoNode(QString account, QString algoName, QString category) const
 {
-    QReadLocker locker(&m_lock);
+    AlgoLogic::ReadLocker locker(&m_lock);
     // value() on const maps never inserts the missing levels.
     return m_authorityMap.value(account).value(category).value(algoName);
 }

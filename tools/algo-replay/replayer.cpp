@@ -1,8 +1,7 @@
 #include "replayer.h"
+#include "common/locking.h"
 
 #include <QFile>
-#include <QReadLocker>
-#include <QWriteLocker>
 
 namespace AlgoReplay {
 
@@ -157,7 +156,7 @@ bool Replayer::apply(const Operation& op, QString& error)
         }
         // What a host's handlers do: the instance is shared, so write under
         // the content lock.
-        QWriteLocker locker(mgr->getLocker());
+        AlgoLogic::WriteLocker locker(mgr->getLocker());
         if (op.kind == OpKind::SymbolExt)
             mgr->UpdateSymbolExtInfoByParams(inst, op.record, op.records);
         else

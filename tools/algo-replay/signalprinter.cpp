@@ -1,4 +1,5 @@
 #include "signalprinter.h"
+#include "common/locking.h"
 
 #include "jsonconvert.h"
 
@@ -6,7 +7,6 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QMutexLocker>
 
 namespace AlgoReplay {
 
@@ -98,7 +98,7 @@ void SignalPrinter::print(const char* name, const QVariantList& args)
         jsonArgs.append(toJson(arg));
     // Written by hand so that "signal" comes first, as readers expect.
     const QByteArray argsText = QJsonDocument(jsonArgs).toJson(QJsonDocument::Compact);
-    QMutexLocker locker(&m_mutex);
+    AlgoLogic::MutexLocker locker(&m_mutex);
     m_out << "{\"signal\":\"" << name << "\",\"args\":" << argsText << "}\n";
     m_out.flush();
 }

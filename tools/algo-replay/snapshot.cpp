@@ -1,10 +1,10 @@
 #include "snapshot.h"
+#include "common/locking.h"
 
 #include "jsonconvert.h"
 
 #include <algologic.h>
 
-#include <QReadLocker>
 #include <QStringList>
 #include <QTextStream>
 
@@ -211,7 +211,7 @@ QJsonArray instancesToJson()
     InstanceMgr* mgr = InstanceMgr::instance();
     const QMap<QString, InstanceInfoBase*> registry = mgr->GetInstanceInfoForAllType();
     QJsonArray array;
-    QReadLocker locker(mgr->getLocker());
+    AlgoLogic::ReadLocker locker(mgr->getLocker());
     for (InstanceInfoBase* inst : registry) {
         if (inst)
             array.append(instanceToJson(*inst));
