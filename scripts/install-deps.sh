@@ -1,9 +1,19 @@
 #!/usr/bin/env bash
 # Installs the build dependencies that are missing, through apt-get (Debian).
 # Does nothing when everything is already there. Run as root.
+#   bash scripts/install-deps.sh [clang] [benchmark]
+# clang: Clang with libFuzzer and its sanitizer runtimes (fuzzing);
+# benchmark: Google Benchmark (bench/).
 set -euo pipefail
 
 packages=(cmake make g++ qtbase5-dev)
+for extra in "$@"; do
+    case "$extra" in
+        clang) packages+=(clang libclang-rt-14-dev) ;;
+        benchmark) packages+=(libbenchmark-dev) ;;
+        *) echo "unknown group: $extra" >&2; exit 2 ;;
+    esac
+done
 missing=()
 for package in "${packages[@]}"; do
     if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then

@@ -75,12 +75,11 @@ VariantMapList LogMgr::GetTradeMsgByInstIdList(const QStringList& instIds, int s
 
     if (sortOrder == 0)
         return messages;
-    const QString& timeKey = Algo_Fields::Report::ReportTime;
     const bool ascending = sortOrder == 1;
     std::sort(messages.begin(), messages.end(),
-              [&timeKey, ascending](const VariantMap& a, const VariantMap& b) {
-                  const QString left = a.value(timeKey).toString();
-                  const QString right = b.value(timeKey).toString();
+              [ascending](const VariantMap& a, const VariantMap& b) {
+                  const QString left = a.value(Algo_Fields::Report::ReportTime).toString();
+                  const QString right = b.value(Algo_Fields::Report::ReportTime).toString();
                   return ascending ? left < right : right < left;
               });
     return messages;
