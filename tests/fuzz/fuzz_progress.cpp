@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const FuzzSupport::Input input = FuzzSupport::splitInput(data, size, classes * EntryCount);
     const auto cls = InstanceClass(input.choice % classes);
     std::unique_ptr<InstanceInfoBase> inst = FuzzSupport::makeInstance(cls);
-    const QString id = FuzzSupport::instanceIdOf(cls);
+    const QString id = ExampleInstances::prototypeId(cls);
     const QList<QString> lines = input.text.split(QLatin1Char('\n'));
 
     switch (input.choice / classes) {
