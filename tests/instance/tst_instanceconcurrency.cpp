@@ -121,7 +121,7 @@ void TestInstanceConcurrency::writersAndReadersInParallel()
             CountingInstance* inst =
                 published.empty() ? nullptr : published.at(pick % published.size());
             guard.unlock();
-            QReadLocker locker(mgr()->getLocker());
+            AlgoLogic::ReadLocker locker(mgr()->getLocker());
             violations +=
                 inst && inst->remark() != (inst->modifies ? QString::number(inst->modifies) : "");
         }

@@ -177,7 +177,7 @@ void TestInstanceProgress::reports()
     QList<QVariantList> told; // the keys announced, and the buy leg's entrusted quantity then
     QObject ctx;
     const auto read = [&](const QString&, const QList<QString>& keys) {
-        QReadLocker locker(mgr->getLocker());
+        AlgoLogic::ReadLocker locker(mgr->getLocker());
         told << QVariantList{keys.size(), buy->entrustQty()};
     };
     connect(mgr, &InstanceMgr::signalProgressUpdated, &ctx, read, Qt::DirectConnection);

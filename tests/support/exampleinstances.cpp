@@ -81,7 +81,7 @@ const Prototype& cached(InstanceClass cls)
 {
     static QMutex mutex;
     static QHash<int, Prototype> prototypes;
-    QMutexLocker locker(&mutex);
+    AlgoLogic::MutexLocker locker(&mutex);
     auto it = prototypes.find(int(cls));
     if (it == prototypes.end())
         it = prototypes.insert(int(cls), cls == InstanceClass::RushLimitUp

@@ -1,6 +1,7 @@
 #include "logcapture.h"
 
-#include <QMutexLocker>
+#include "common/locking.h"
+
 #include <atomic>
 
 namespace {
@@ -30,25 +31,25 @@ void LogCapture::handler(QtMsgType type, const QMessageLogContext& context, cons
                             QString::fromLatin1(context.file ? context.file : ""),
                             QString::fromLatin1(context.function ? context.function : ""),
                             context.line};
-    QMutexLocker locker(&capture->m_mutex);
+    AlgoLogic::MutexLocker locker(&capture->m_mutex);
     capture->m_messages.append(message);
 }
 
 QList<CapturedMessage> LogCapture::messages() const
 {
-    QMutexLocker locker(&m_mutex);
+    AlgoLogic::MutexLocker locker(&m_mutex);
     return m_messages;
 }
 
 void LogCapture::clear()
 {
-    QMutexLocker locker(&m_mutex);
+    AlgoLogic::MutexLocker locker(&m_mutex);
     m_messages.clear();
 }
 
 int LogCapture::count(QtMsgType type, const QString& fragment) const
 {
-    QMutexLocker locker(&m_mutex);
+    AlgoLogic::MutexLocker locker(&m_mutex);
     int n = 0;
     for (const CapturedMessage& message : m_messages) {
         if (message.type == type && message.text.contains(fragment))
@@ -59,7 +60,7 @@ int LogCapture::count(QtMsgType type, const QString& fragment) const
 
 int LogCapture::countOfType(QtMsgType type) const
 {
-    QMutexLocker locker(&m_mutex);
+    AlgoLogic::MutexLocker locker(&m_mutex);
     int n = 0;
     for (const CapturedMessage& message : m_messages) {
         if (message.type == type)
@@ -70,7 +71,7 @@ int LogCapture::countOfType(QtMsgType type) const
 
 QString LogCapture::last(QtMsgType type) const
 {
-    QMutexLocker locker(&m_mutex);
+    AlgoLogic::MutexLocker locker(&m_mutex);
     for (int i = m_messages.size() - 1; i >= 0; --i) {
         if (m_messages.at(i).type == type)
             return m_messages.at(i).text;
