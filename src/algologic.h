@@ -1,7 +1,7 @@
 #pragma once
 
 // Umbrella header of the AlgoLogic library: every exported class, the host
-// stand-ins and both constants headers.
+// stand-ins, both constants headers and the item models.
 
 #include "common/algologicglobal.h"
 #include "common/algoconstants.h"
@@ -33,3 +33,7 @@
 
 #include "variants/multiinstanceinfo.h"
 #include "variants/t0instanceinfo.h"
+
+#include "models/snapshottablemodel.h"
+#include "models/instancetablemodel.h"
+#include "models/symboltablemodel.h"

@@ -13,3 +13,4 @@ ALGOLOGIC_EXPORT const QLoggingCategory& lcAlgoSymbol();
 ALGOLOGIC_EXPORT const QLoggingCategory& lcAlgoStrategy();
 ALGOLOGIC_EXPORT const QLoggingCategory& lcAlgoLog();
 ALGOLOGIC_EXPORT const QLoggingCategory& lcAlgoPlatform();
+ALGOLOGIC_EXPORT const QLoggingCategory& lcAlgoModels();
