@@ -6,7 +6,7 @@
 # benchmark: Google Benchmark (bench/).
 set -euo pipefail
 
-packages=(cmake make g++ qtbase5-dev)
+packages=(cmake make g++ qtbase5-dev fonts-wqy-microhei)
 for extra in "$@"; do
     case "$extra" in
         clang) packages+=(clang libclang-rt-14-dev) ;;
