@@ -270,10 +270,20 @@ int InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse(const VariantMap& record,
     const bool statusChanged = setStatus(status);
     int flags = statusChanged ? kStatusChanged : 0;
     for (int i = 0; i < 3; ++i) {
-        if (record.contains(timeKeys[i]) && (statusChanged || !times[i]->isValid())) {
-            *times[i] = serverTime(record, timeKeys[i]);
-            flags |= kTimeChanged;
+        if (!record.contains(timeKeys[i]) || (!statusChanged && times[i]->isValid()))
+            continue;
+        // As with pushed times, one that does not parse must not blank the
+        // time shown.
+        const QDateTime time = serverTime(record, timeKeys[i]);
+        if (!time.isValid()) {
+            qCDebug(lcAlgoInstance).noquote()
+                << "InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse"
+                << "unparsable time, ignored" << m_instanceID << timeKeys[i]
+                << record.value(timeKeys[i]).toString();
+            continue;
         }
+        *times[i] = time;
+        flags |= kTimeChanged;
     }
     return flags;
 }

@@ -2,6 +2,7 @@
 
 #include "common/algoconstants.h"
 #include "common/logging.h"
+#include "common/numbers.h"
 #include "instance/contentwritesection.h"
 #include "instance/instancemgr.h"
 #include "platform/algodefines.h"
@@ -145,11 +146,12 @@ void RushLimitUpInstanceInfo::OnRecvInstProgressInfo(const QList<QString>& repor
                 leg->setTipMsg(merged.value(kAlertMsg).toString());
             if (merged.contains(kFrontQty))
                 leg->setFrontQty(merged.value(kFrontQty).toDouble());
-            if (merged.contains(kFrontOrderNum))
+            if (merged.contains(kFrontOrderNum) && AlgoLogic::fitsInt(merged.value(kFrontOrderNum)))
                 leg->setFrontOrderNum(merged.value(kFrontOrderNum).toInt());
             if (merged.contains(kFrontPosition))
                 leg->setFrontPosition(merged.value(kFrontPosition).toDouble());
-            if (merged.contains(kObjectOrderNum))
+            if (merged.contains(kObjectOrderNum)
+                && AlgoLogic::fitsInt(merged.value(kObjectOrderNum)))
                 leg->setSameQtyOrderCnt(merged.value(kObjectOrderNum).toInt());
             leg->updateLastReportMap(merged);
             // Views refresh the leg's queue figures on this signal.

@@ -2,6 +2,7 @@
 
 #include "common/algoconstants.h"
 #include "common/logging.h"
+#include "common/numbers.h"
 #include "instance/contentwritesection.h"
 #include "instance/instancemgr.h"
 #include "platform/algodefines.h"
@@ -79,6 +80,7 @@ struct MultiInstanceInfo::Snapshot
     QString tradingState;
     QString strategyStatus;
     int updateCnt = 0;
+    bool countUsable = true; // false for a count beyond int: the snapshot is refused
     QString remarks;
 
     static Snapshot read(const VariantMap& top)
@@ -99,7 +101,9 @@ struct MultiInstanceInfo::Snapshot
         s.lamenessState = top.value(ProgressKey::LamenessState).toBool();
         s.tradingState = top.value(ProgressKey::TradingState).toString();
         s.strategyStatus = top.value(kStrategyStatusKey).toString();
-        s.updateCnt = top.value(ProgressKey::UpdateCnt).toInt();
+        // A wrapped count would let the snapshot through and poison the counter.
+        s.countUsable = AlgoLogic::fitsInt(top.value(ProgressKey::UpdateCnt));
+        s.updateCnt = s.countUsable ? top.value(ProgressKey::UpdateCnt).toInt() : 0;
         s.remarks = top.value(ProgressKey::Remarks).toString();
         return s;
     }
@@ -215,7 +219,7 @@ QString MultiInstanceInfo::fillMultiProgressReport(const QString& json)
         return QString();
     }
     const Snapshot snapshot = Snapshot::read(list.first().toMap());
-    if (m_multiUpdateCnt > snapshot.updateCnt)
+    if (!snapshot.countUsable || m_multiUpdateCnt > snapshot.updateCnt)
         return QString();
     applySnapshot(snapshot, true);
     return m_instanceID;
@@ -251,7 +255,7 @@ void MultiInstanceInfo::OnRecvInstProgressInfo(const QList<QString>& reports,
         }
         newestUpdateTime = updateTime;
         const Snapshot snapshot = Snapshot::read(top);
-        if (m_multiUpdateCnt > snapshot.updateCnt)
+        if (!snapshot.countUsable || m_multiUpdateCnt > snapshot.updateCnt)
             return; // a stale snapshot ends the batch
         applySnapshot(snapshot, lamenessFlag);
     }

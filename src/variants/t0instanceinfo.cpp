@@ -62,7 +62,14 @@ void T0InstanceInfo::initSymbolInfo(const VariantMap& content, const VariantMap&
 {
     namespace ContentKey = Algo_Fields::AlgoInstContentInfo;
 
-    const QVariantList list = content.value(ContentKey::SymbolParamKey).toList();
+    // Legs whose symbol would spoil their key are dropped first: content left
+    // without a usable leg changes nothing, like content without legs.
+    QVariantList list;
+    for (const QVariant& item : content.value(ContentKey::SymbolParamKey).toList()) {
+        const QString symbol = item.toMap().value(ContentKey::Symbol).toString();
+        if (keyPartsUsable("T0InstanceInfo::initSymbolInfo", symbol))
+            list.append(item);
+    }
     if (list.isEmpty()) {
         qCDebug(lcAlgoInstance).noquote() << "T0InstanceInfo::initSymbolInfo"
                                           << "symbol empty" << content;
@@ -81,8 +88,6 @@ void T0InstanceInfo::initSymbolInfo(const VariantMap& content, const VariantMap&
     for (const QVariant& item : list) {
         const VariantMap entry = item.toMap();
         const QString symbol = entry.value(ContentKey::Symbol).toString();
-        if (!keyPartsUsable("T0InstanceInfo::initSymbolInfo", symbol))
-            continue;
         const QString key = InstanceMgr::GetSymbolExtInfoKey(m_instanceID, symbol,
                                                              Algo_Values::AlgoGlobalType::all);
         const QString exchange = entry.value(ContentKey::Exchange).toString();
