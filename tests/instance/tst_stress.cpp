@@ -59,7 +59,8 @@ double watchedFigure(InstanceInfoBase* inst, InstanceClass cls)
 // Round `round` of one instance's traffic. Figures rise with the round; each
 // multi-strategy snapshot is followed by a stale one (an older update count
 // carrying a lower fill) that must be refused.
-void routeRound(InstanceClass cls, const QString& id, int round)
+// Returns the number of router calls made.
+int routeRound(InstanceClass cls, const QString& id, int round)
 {
     const VariantMap header{{S::strategyID, id}};
     switch (cls) {
@@ -114,6 +115,8 @@ void routeRound(InstanceClass cls, const QString& id, int round)
         mgr()->OnRecv_QueryAlgoStrategyResponse({{{S::strategyID, id}, {S::strategyStatus, "1"}}});
     if (round == kRounds)
         mgr()->OnRecv_InstStatusUpdate(id, {{{S::strategyStatus, "2"}}});
+    const bool push = round == 2 || round == 3 || round == 4 || round == kRounds;
+    return (cls == InstanceClass::Multi ? 2 : 1) + (push ? 1 : 0);
 }
 
 double expectedFigure(InstanceClass cls)
@@ -165,8 +168,7 @@ void TestStress::everyClassUnderConcurrentTraffic()
     auto writer = [&](int w) {
         for (int round = 1; round <= kRounds; ++round)
             for (int n = w; n < m_ids.size(); n += kWriters) {
-                routeRound(InstanceClass(n / kPerClass), m_ids.at(n), round);
-                ++routed;
+                routed += routeRound(InstanceClass(n / kPerClass), m_ids.at(n), round);
             }
         --writersLeft;
     };
