@@ -19,7 +19,8 @@ InstanceTableModel::InstanceTableModel(const QString& algoType, bool allCreators
     , m_algoType(algoType)
     , m_allCreators(allCreators)
 {
-    connectRegistry();
+    followRegistry([this](const QString& id) { markDirty(id); },
+                   [this](const QStringList& ids) { markDirty(ids, true); });
     reload();
 }
 
@@ -44,33 +45,6 @@ void InstanceTableModel::refresh()
 {
     m_allDirty = true;
     requestFlush();
-}
-
-void InstanceTableModel::connectRegistry()
-{
-    // Queued even when the library emits in this thread: the slots only mark
-    // rows dirty, and the flush must not run inside a router's call.
-    InstanceMgr* mgr = InstanceMgr::instance();
-    const auto queued = Qt::QueuedConnection;
-    using M = InstanceMgr;
-    connect(mgr, &M::sigInstUpdated, this,
-            [this](const QStringList& ids) { markDirty(ids, true); }, queued);
-    connect(mgr, &M::signalInsListToLogic, this,
-            [this](const QStringList& ids) { markDirty(ids, true); }, queued);
-    const auto one = [this](const QString& id) { markDirty(id); };
-    connect(mgr, &M::signalMultiProgressUpdated, this, one, queued);
-    connect(mgr, &M::signalProgreeDelayUpadaete, this, one, queued);
-    connect(mgr, &M::signalProgressUpdated, this, one, queued);
-    connect(mgr, &M::sigSymbolRemainQty, this, one, queued);
-    connect(mgr, &M::signalTimeUpdate, this, one, queued);
-    connect(mgr, &M::signalStatusUpdated, this, one, queued);
-    connect(mgr, &M::signalModifyPush, this, one, queued);
-    connect(mgr, &M::signalSymbolStatusUpdate, this,
-            [this](const QMap<QString, QMap<QString, QVariant>>& legs) {
-                for (auto it = legs.cbegin(); it != legs.cend(); ++it)
-                    markDirty(InstanceMgr::getInstIdFromSymbolKey(it.key()));
-            },
-            queued);
 }
 
 void InstanceTableModel::markDirty(const QString& instanceID)

@@ -74,7 +74,6 @@ public:
     void refresh();
 
 private:
-    void connectRegistry();
     void markDirty(const QString& instanceID);
     void markDirty(const QStringList& instanceIDs, bool membershipChanged);
     void reload();

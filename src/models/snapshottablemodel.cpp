@@ -1,5 +1,7 @@
 #include "models/snapshottablemodel.h"
 
+#include "instance/instancemgr.h"
+
 #include <QMetaObject>
 #include <QSet>
 
@@ -230,4 +232,29 @@ void SnapshotTableModel::rebuildIndex()
     m_rowOf.reserve(m_keys.size());
     for (int row = 0; row < m_keys.size(); ++row)
         m_rowOf.insert(m_keys.at(row), row);
+}
+
+void SnapshotTableModel::followRegistry(std::function<void(const QString&)> onInstance,
+                                        std::function<void(const QStringList&)> onList)
+{
+    InstanceMgr* mgr = InstanceMgr::instance();
+    const auto queued = Qt::QueuedConnection;
+    using M = InstanceMgr;
+    const auto one = [onInstance](const QString& id) { onInstance(id); };
+    const auto list = [onList](const QStringList& ids) { onList(ids); };
+    connect(mgr, &M::sigInstUpdated, this, list, queued);
+    connect(mgr, &M::signalInsListToLogic, this, list, queued);
+    connect(mgr, &M::signalMultiProgressUpdated, this, one, queued);
+    connect(mgr, &M::signalProgreeDelayUpadaete, this, one, queued);
+    connect(mgr, &M::signalProgressUpdated, this, one, queued);
+    connect(mgr, &M::sigSymbolRemainQty, this, one, queued);
+    connect(mgr, &M::signalTimeUpdate, this, one, queued);
+    connect(mgr, &M::signalStatusUpdated, this, one, queued);
+    connect(mgr, &M::signalModifyPush, this, one, queued);
+    connect(mgr, &M::signalSymbolStatusUpdate, this,
+            [onInstance](const QMap<QString, QMap<QString, QVariant>>& legs) {
+                for (auto it = legs.cbegin(); it != legs.cend(); ++it)
+                    onInstance(InstanceMgr::getInstIdFromSymbolKey(it.key()));
+            },
+            queued);
 }

@@ -25,6 +25,7 @@
 #include <QVariant>
 #include <QVector>
 
+#include <functional>
 #include <vector>
 
 // One cell of a snapshot row.
@@ -93,6 +94,15 @@ protected:
     void requestFlush();
     // Reads what changed since the last flush and calls syncRows().
     virtual void flush() = 0;
+
+    // Follows every registry notification that names instances, through
+    // queued connections even when the library emits in this thread: the
+    // handlers only mark what to read, and a flush must not run inside a
+    // router's call. `onInstance` gets each instance named (a leg-status
+    // push names the instances of its legs); `onList` gets the lists of the
+    // query answers.
+    void followRegistry(std::function<void(const QString&)> onInstance,
+                        std::function<void(const QStringList&)> onList);
 
 private:
     void updateRow(int row, const Row& cells);

@@ -9,7 +9,14 @@
 SymbolTableModel::SymbolTableModel(QObject* parent)
     : SnapshotTableModel(AlgoLogic::legColumnHeaders(), parent)
 {
-    connectRegistry();
+    followRegistry([this](const QString& id) { onNotified(id); },
+                   [this](const QStringList& ids) {
+                       if (ids.contains(m_instanceID))
+                           onNotified(m_instanceID);
+                   });
+    // The profit timer changes T0 legs' floating profit without naming them.
+    connect(InstanceMgr::instance(), &InstanceMgr::signalCalcProfitAmountFinished, this,
+            [this] { onNotified(m_instanceID); }, Qt::QueuedConnection);
 }
 
 void SymbolTableModel::setInstanceID(const QString& instanceID)
@@ -27,37 +34,6 @@ void SymbolTableModel::setInstanceID(const QString& instanceID)
 void SymbolTableModel::refresh()
 {
     requestFlush();
-}
-
-void SymbolTableModel::connectRegistry()
-{
-    // Queued for the reasons InstanceTableModel gives: mark, then flush once.
-    InstanceMgr* mgr = InstanceMgr::instance();
-    const auto queued = Qt::QueuedConnection;
-    using M = InstanceMgr;
-    const auto one = [this](const QString& id) { onNotified(id); };
-    const auto list = [this](const QStringList& ids) {
-        if (ids.contains(m_instanceID))
-            onNotified(m_instanceID);
-    };
-    connect(mgr, &M::sigInstUpdated, this, list, queued);
-    connect(mgr, &M::signalInsListToLogic, this, list, queued);
-    connect(mgr, &M::signalMultiProgressUpdated, this, one, queued);
-    connect(mgr, &M::signalProgreeDelayUpadaete, this, one, queued);
-    connect(mgr, &M::signalProgressUpdated, this, one, queued);
-    connect(mgr, &M::sigSymbolRemainQty, this, one, queued);
-    connect(mgr, &M::signalTimeUpdate, this, one, queued);
-    connect(mgr, &M::signalStatusUpdated, this, one, queued);
-    connect(mgr, &M::signalModifyPush, this, one, queued);
-    connect(mgr, &M::signalSymbolStatusUpdate, this,
-            [this](const QMap<QString, QMap<QString, QVariant>>& legs) {
-                for (auto it = legs.cbegin(); it != legs.cend(); ++it)
-                    onNotified(InstanceMgr::getInstIdFromSymbolKey(it.key()));
-            },
-            queued);
-    // The profit timer changes T0 legs' floating profit without naming them.
-    connect(mgr, &M::signalCalcProfitAmountFinished, this,
-            [this] { onNotified(m_instanceID); }, queued);
 }
 
 void SymbolTableModel::onNotified(const QString& instanceID)

@@ -66,7 +66,6 @@ public:
     void refresh();
 
 private:
-    void connectRegistry();
     void onNotified(const QString& instanceID);
     void flush() override;
     // The legs' keys in key order and their rows; none when the instance is
