@@ -3,13 +3,10 @@
 // the queries with their filters and order, symbol keys, leg lookups and
 // create errors. Forwarders and signal types: tst_notifications, tst_metatypes.
 
-#include <algologic.h>
-
-#include "logcapture.h"
+#include "../common/tabletest.h"
 
 #include <QAbstractEventDispatcher>
 #include <QTimer>
-#include <QtTest>
 
 #include <atomic>
 #include <typeinfo>
@@ -18,8 +15,6 @@
 extern Q_DECL_IMPORT quintptr qtHookData[];
 
 namespace {
-
-const QString kLogin = QStringLiteral("trader01");
 
 InstanceMgr* mgr()
 {
@@ -32,17 +27,16 @@ struct TrackedInstance : InstanceInfoBase
     ~TrackedInstance() override { ++g_destroyed; }
 };
 
-InstanceInfoBase* makeInstance(const QString& id, const QString& type = {},
-                               const QString& name = {}, const QString& deleted = {},
-                               const QString& creator = {}, const QString& client = {})
+// An instance from "id type name deleted creator client", "-" or nothing for an empty field.
+InstanceInfoBase* makeInstance(const QString& text)
 {
+    QStringList f = text.split(' ');
+    for (QString& field : f)
+        field = field == "-" ? QString() : field;
     auto* inst = new TrackedInstance;
-    inst->setInstanceID(id);
-    inst->setInstAlgoType(type);
-    inst->setStrategyName(name);
-    inst->setStrategyDeleted(deleted);
-    inst->setCreateUser(creator);
-    inst->setclInstanceID(client);
+    inst->setInstanceID(f.value(0)), inst->setInstAlgoType(f.value(1));
+    inst->setStrategyName(f.value(2)), inst->setStrategyDeleted(f.value(3));
+    inst->setCreateUser(f.value(4)), inst->setclInstanceID(f.value(5));
     return inst;
 }
 
@@ -52,265 +46,205 @@ class TestInstanceMgr : public QObject
 {
     Q_OBJECT
 private slots:
-    void cleanup();
-    void initStartsRepeatingTimer();
-    void contentLockIsRecursive();
-    void createInstance_data();
-    void createInstance();
-    void insertAndDelete_data();
-    void insertAndDelete();
-    void queries_data();
-    void queries();
-    void symbolKeys_data();
-    void symbolKeys();
-    void createErrorInfo();
+    void cleanup()
+    {
+        for (const QString& id : mgr()->GetAllInstanceIDs(Algo_Values::AlgoGlobalType::unknown))
+            mgr()->DeleteInstance(id);
+        QCOMPARE(g_destroyed.load(), 0); // the registry forgets instances, never frees them
+    }
+
+    void initStartsRepeatingTimer()
+    {
+        static QList<QObject*> created; // objects the test thread made during init()
+        LogCapture log;
+        const quintptr previousHook = qtHookData[3];
+        qtHookData[3] = reinterpret_cast<quintptr>(+[](QObject* o) {
+            if (QThread::currentThread() == qApp->thread())
+                created.append(o);
+        });
+        mgr()->init();
+        qtHookData[3] = previousHook;
+        QTimer* timer = nullptr; // asking the dispatcher does not touch the object
+        for (QObject* o : created)
+            if (!QAbstractEventDispatcher::instance()->registeredTimers(o).isEmpty())
+                timer = qobject_cast<QTimer*>(o);
+        QVERIFY(timer && timer->isActive() && !timer->isSingleShot() && !timer->parent());
+        QCOMPARE(timer->objectName() + " " + QString::number(timer->interval()),
+                 QStringLiteral("m_timerT0CalculateNew 30000"));
+        QVERIFY(log.contains(QtDebugMsg, "InstanceMgr::init InstanceMgr init"));
+        QTimerEvent tick(timer->timerId()); // a tick reaches the recalculation slot
+        QCoreApplication::sendEvent(timer, &tick);
+        QTRY_VERIFY(log.contains(QtDebugMsg, "InstanceMgr::slotCalculateTimer"));
+    }
+
+    void contentLockIsRecursive()
+    {
+        QReadWriteLock* lock = mgr()->getLocker();
+        lock->lockForWrite();
+        const bool again = lock->tryLockForWrite(); // a handler's nested accessor locks again
+        for (int i = again ? 2 : 1; i > 0; --i)
+            lock->unlock();
+        QVERIFY(again);
+    }
+
+    void createInstance_data()
+    {
+        TableTest::addRows(R"(
+multi, record | MultiStr | yes | Multi | MultiInstanceInfo
+T0, empty record | T0 | | T0 | T0InstanceInfo
+feature, record | Feature | yes | info | RushLimitUpInstanceInfo
+empty type, empty record | | | info | InstanceInfoBase
+T0 in lower case, record | t0 | yes | info | InstanceInfoBase
+)");
+    }
+    void createInstance()
+    {
+        const std::array<QString, 4> c = TableTest::cells<4>();
+        QString algoType = c[0], record = c[1], classTag = c[2], cls = c[3];
+        const bool withRecord = !record.isEmpty();
+        VariantMap fields =
+            TableTest::record(R"({"strategyID":"cr1","strategyName":"Algo","clAlgoID":"cl-cr1"})");
+        fields.insert("strategyType", algoType);
+        InstanceInfoBase* inst =
+            mgr()->CreateInstance(algoType, withRecord ? fields : VariantMap(), "Other");
+        QCOMPARE(inst->getClassType(), classTag);
+        QCOMPARE(QString(typeid(*inst).name()), QString::number(cls.size()) + cls); // mangled
+        // An empty record leaves an unregistered, uninitialised object to the caller.
+        QCOMPARE(inst->strategyName(), withRecord ? QString("Algo") : QString());
+        QCOMPARE(mgr()->GetInstanceInfoForAllType().value("cr1"), withRecord ? inst : nullptr);
+        QCOMPARE(mgr()->GetInstanceIDByClInstID("cl-cr1"), withRecord ? "cr1" : QString());
+        std::unique_ptr<SymbolInfoBase> leg(InstanceMgr::CreateSymbolInfo(algoType, "600000.SH"));
+        QCOMPARE(dynamic_cast<T0SymbolInfo*>(leg.get()) != nullptr, classTag == "T0");
+        if (!withRecord)
+            delete inst; // the caller owns an unregistered object
+    }
+
+    // Operations in order ("id:client" inserts, "-id" deletes), the registry after, and
+    // client-ID lookups "client=expected" (nothing after "=": null).
+    void insertAndDelete_data()
+    {
+        TableTest::addRows(R"(
+client ID mapped | a:c1 | a | c1=a a=
+empty client ID adds no entry | a: | a | =
+replacement without client ID keeps the entry | a:c1 a: | a | c1=a
+client ID moves to the later instance | a:c1 b:c1 | a b | c1=b
+delete forgets the instance and its client ID | b:c2 a:c1 -a | b | c1= c2=b
+delete of an unknown ID | a:c1 -z - | a | c1=a
+)");
+    }
+    void insertAndDelete()
+    {
+        const std::array<QString, 3> c = TableTest::cells<3>();
+        QString ops = c[0], registry = c[1], lookups = c[2];
+        QMap<QString, InstanceInfoBase*> last;
+        for (const QString& op : ops.split(' ')) {
+            const QString id = op.section(':', 0, 0), client = op.section(':', 1);
+            if (id.startsWith('-'))
+                mgr()->DeleteInstance(id.mid(1));
+            else
+                mgr()->InsertNewInstance(last[id] = makeInstance(id + " - - - - " + client));
+        }
+        const QMap<QString, InstanceInfoBase*> map = mgr()->GetInstanceInfoForAllType();
+        QCOMPARE(QStringList(map.keys()).join(' '), registry);
+        for (const QString& id : map.keys()) // a replacement takes the earlier object's place
+            QCOMPARE(map.value(id), last.value(id));
+        for (const QString& lookup : lookups.split(' ')) {
+            const QString found = mgr()->GetInstanceIDByClInstID(lookup.section('=', 0, 0));
+            QCOMPARE(found, lookup.section('=', 1));
+            QCOMPARE(found.isNull(), lookup.endsWith('='));
+        }
+    }
+
+    // The row name's first word names the query; its arguments (a type or algo names, and
+    // "all" for every creator); the IDs in order.
+    void queries_data()
+    {
+        TableTest::addRows(R"(
+ids: unknown, no filter | Unknown | q02 q04 q06 q10 q3 q5 q7
+ids: all is a wildcard | All | q02 q04 q06 q10 q3 q5 q7
+ids: a type, deleted included | T0 | q02 q10 q5
+live: unknown, no filter | Unknown | q02 q04 q06 q10 q3 q5 q7
+live: all is no wildcard | All all | q04
+live: a type, every creator | T0 all | q10 q5
+live: a type, own and creatorless | T0 | q10
+all-types: every creator | all | q04 q06 q10 q3 q5
+all-types: own and creatorless | | q04 q06 q10
+names: exact, other creators included | Twap Basket | q04 q3 q5
+names: case-sensitive, deleted included | twap | q7
+)");
+    }
+    void queries()
+    {
+        const std::array<QString, 2> c = TableTest::cells<2>();
+        QString args = c[0], expected = c[1];
+        CBusinessDataBase::GetInstance()->SetLoginAccount("trader01");
+        // Inserted out of order; ascending ID order is q02 q04 q06 q10 q3 q5 q7.
+        for (const char* fields :
+             {"q5 T0 Twap 0 trader02", "q10 T0 T0Grid", "q02 T0 T0Grid 1 trader01",
+              "q7 Feature twap 1", "q3 MultiStr Basket - trader02", "q06 - - - trader01",
+              "q04 All Twap - trader01"})
+            mgr()->InsertNewInstance(makeInstance(fields));
+        const QString query = QString(QTest::currentDataTag()).section(':', 0, 0);
+        const QString type = args.section(' ', 0, 0);
+        const bool all = args.endsWith("all");
+        const QStringList ids = query == "ids"    ? QStringList(mgr()->GetAllInstanceIDs(type))
+                                : query == "live" ? mgr()->GetAllInstanceIDsExceptDeleted(type, all)
+                                : query == "all-types"
+                                    ? mgr()->GetAllInstanceIDsExceptDeletedForAllType(all)
+                                    : mgr()->GetInstanceIDsForSpecialAlgoName(args.split(' '));
+        QCOMPARE(ids.join(' '), expected);
+    }
+
+    // Instance 100023 has the one leg 100023_600000.SH_1. Parts: instance ID/symbol/side/
+    // symbol_side.
+    void symbolKeys_data()
+    {
+        TableTest::addRows(R"(
+one part | 100023 | ///
+two parts, whole key looked up | 100023_600000.SH | 100023/600000.SH//
+three parts | 100023_600000.SH_1 | 100023/600000.SH/1/600000.SH_1
+fourth part ignored | 1_A_B_C | 1/A/B/A_B
+empty parts kept | a__b | a//b/_b
+placeholders not expanded | a%2_%3b_%1 | a%2/%3b/%1/%3b_%1
+)");
+    }
+    void symbolKeys()
+    {
+        const std::array<QString, 2> c = TableTest::cells<2>();
+        QString key = c[0], parts = c[1];
+        const QStringList p = parts.split('/');
+        QCOMPARE(QStringList({InstanceMgr::getInstIdFromSymbolKey(key),
+                              InstanceMgr::getSymbolFromSymbolKey(key),
+                              InstanceMgr::getSideFromSymbolKey(key),
+                              InstanceMgr::getSymbolOrdeSideFromKey(key)}),
+                 p);
+        if (key.count('_') == 2)
+            QCOMPARE(InstanceMgr::GetSymbolExtInfoKey(p[0], p[1], p[2]), key);
+
+        InstanceInfoBase* inst = makeInstance("100023 T0");
+        auto* leg = new SymbolInfoBase;
+        leg->setSymbol("600000.SH"), leg->setOrderSide("1"), leg->setKey("100023_600000.SH_1");
+        inst->AddSymbolInfo(leg);
+        mgr()->InsertNewInstance(inst);
+        const bool known = p[0] == "100023";
+        QCOMPARE(mgr()->getSymbolInfo(key), key == leg->getKey() ? leg : nullptr);
+        QCOMPARE(mgr()->GetAlgoTypeByInstID(p[0]), known ? "T0" : QString());
+        QString symbol = "keep", side = "keep";
+        mgr()->getOneSymbol(p[0], symbol, side);
+        QCOMPARE(symbol + "/" + side, known ? "600000.SH/1" : QString("keep/keep"));
+    }
+
+    void createErrorInfo()
+    {
+        using Pair = std::pair<QString, QString>;
+        mgr()->setCreateErrorInfoByClInst("ce1", "E100", "no rights");
+        mgr()->setCreateErrorInfoByClInst("ce2", "E200", "bad price");
+        mgr()->setCreateErrorInfoByClInst("ce1", "E300", "later"); // replaces the earlier
+        QCOMPARE(mgr()->getCreateErrorInfoByClInst("ce1"), Pair("E300", "later"));
+        QCOMPARE(mgr()->getCreateErrorInfoByClInst("ce2"), Pair("E200", "bad price"));
+        QCOMPARE(mgr()->getCreateErrorInfoByClInst("ce3"), Pair());
+    }
 };
-
-void TestInstanceMgr::cleanup()
-{
-    for (const QString& id : mgr()->GetAllInstanceIDs(Algo_Values::AlgoGlobalType::unknown))
-        mgr()->DeleteInstance(id);
-    QCOMPARE(g_destroyed.load(), 0); // the registry forgets instances, never frees them
-}
-
-void TestInstanceMgr::initStartsRepeatingTimer()
-{
-    static QList<QObject*> created; // objects the test thread made during init()
-    InstanceMgr* manager = mgr();
-    LogCapture log;
-    const quintptr previousHook = qtHookData[3];
-    qtHookData[3] = reinterpret_cast<quintptr>(+[](QObject* o) {
-        if (QThread::currentThread() == qApp->thread())
-            created.append(o);
-    });
-    manager->init();
-    qtHookData[3] = previousHook;
-    QObject* withTimer = nullptr; // asking the dispatcher does not touch the object
-    for (QObject* o : created)
-        withTimer =
-            QAbstractEventDispatcher::instance()->registeredTimers(o).isEmpty() ? withTimer : o;
-    auto* timer = qobject_cast<QTimer*>(withTimer);
-    QVERIFY(timer && timer->isActive() && !timer->isSingleShot() && !timer->parent());
-    QCOMPARE(timer->objectName(), QStringLiteral("m_timerT0CalculateNew"));
-    QCOMPARE(timer->interval(), 30000);
-    QVERIFY(log.contains(QtDebugMsg, "InstanceMgr::init InstanceMgr init"));
-    QTimerEvent tick(timer->timerId()); // a tick reaches the recalculation slot
-    QCoreApplication::sendEvent(timer, &tick);
-    QTRY_VERIFY(log.contains(QtDebugMsg, "InstanceMgr::slotCalculateTimer"));
-}
-
-void TestInstanceMgr::contentLockIsRecursive()
-{
-    QReadWriteLock* lock = mgr()->getLocker();
-    lock->lockForWrite();
-    const bool again = lock->tryLockForWrite(); // a handler's nested accessor locks again
-    for (int i = again ? 2 : 1; i > 0; --i)
-        lock->unlock();
-    QVERIFY(again);
-}
-
-void TestInstanceMgr::createInstance_data()
-{
-    using namespace Algo_Values;
-    QTest::addColumn<QString>("algoType");
-    QTest::addColumn<bool>("withRecord");
-    QTest::addColumn<QString>("classTag");
-    QTest::addColumn<QString>("cls"); // the class created
-    QTest::newRow("multi, record") << AlgoGlobalType::multiStr << true << "Multi"
-                                   << "MultiInstanceInfo";
-    QTest::newRow("T0, empty record") << AlgoGlobalType::T0 << false << "T0"
-                                      << "T0InstanceInfo";
-    QTest::newRow("feature, record") << AlgoGlobalType::feature << true << "info"
-                                     << "RushLimitUpInstanceInfo";
-    QTest::newRow("empty type, empty record") << QString() << false << "info"
-                                              << "InstanceInfoBase";
-    QTest::newRow("T0 in lower case, record") << AlgoGlobalType::T0.toLower() << true << "info"
-                                              << "InstanceInfoBase";
-}
-
-void TestInstanceMgr::createInstance()
-{
-    QFETCH(QString, algoType);
-    QFETCH(bool, withRecord);
-    QFETCH(QString, classTag);
-    QFETCH(QString, cls);
-    namespace S = Tessel_Fields::Strategy;
-    VariantMap record;
-    if (withRecord)
-        record = {{S::strategyID, "cr1"},
-                  {S::strategyName, "Algo"},
-                  {S::strategyType, algoType},
-                  {Helm_Fields::Strategy::clAlgoID, "cl-cr1"}};
-    InstanceInfoBase* inst = mgr()->CreateInstance(algoType, record, "Other");
-    QCOMPARE(inst->getClassType(), classTag);
-    QCOMPARE(QString(typeid(*inst).name()), QString::number(cls.size()) + cls); // mangled
-    // An empty record leaves an unregistered, uninitialised object to the caller.
-    QCOMPARE(inst->strategyName(), withRecord ? QString("Algo") : QString());
-    QCOMPARE(mgr()->GetInstanceInfoForAllType().value("cr1"), withRecord ? inst : nullptr);
-    QCOMPARE(mgr()->GetInstanceIDByClInstID("cl-cr1"), withRecord ? QString("cr1") : QString());
-
-    std::unique_ptr<SymbolInfoBase> leg(InstanceMgr::CreateSymbolInfo(algoType, "600000.SH"));
-    QCOMPARE(dynamic_cast<T0SymbolInfo*>(leg.get()) != nullptr, classTag == "T0");
-    if (!withRecord)
-        delete inst; // the caller owns an unregistered object
-}
-
-void TestInstanceMgr::insertAndDelete_data()
-{
-    // Operations in order ("id:client" inserts, "-id" deletes), the registry
-    // after, and client-ID lookups "client=expected" (nothing after "=": null).
-    QTest::addColumn<QStringList>("ops");
-    QTest::addColumn<QStringList>("registry");
-    QTest::addColumn<QStringList>("lookups");
-    using L = QStringList;
-    QTest::newRow("client ID mapped") << L{"a:c1"} << L{"a"} << L{"c1=a", "a="};
-    QTest::newRow("empty client ID adds no entry") << L{"a:"} << L{"a"} << L{"="};
-    QTest::newRow("replacement without client ID keeps the entry")
-        << L{"a:c1", "a:"} << L{"a"} << L{"c1=a"};
-    QTest::newRow("client ID moves to the later instance")
-        << L{"a:c1", "b:c1"} << L{"a", "b"} << L{"c1=b"};
-    QTest::newRow("delete forgets the instance and its client ID")
-        << L{"b:c2", "a:c1", "-a"} << L{"b"} << L{"c1=", "c2=b"};
-    QTest::newRow("delete of an unknown ID") << L{"a:c1", "-z", "-"} << L{"a"} << L{"c1=a"};
-}
-
-void TestInstanceMgr::insertAndDelete()
-{
-    QFETCH(QStringList, ops);
-    QFETCH(QStringList, registry);
-    QFETCH(QStringList, lookups);
-
-    QMap<QString, InstanceInfoBase*> last;
-    for (const QString& op : ops) {
-        const QString id = op.section(':', 0, 0);
-        if (id.startsWith('-'))
-            mgr()->DeleteInstance(id.mid(1));
-        else
-            mgr()->InsertNewInstance(last[id] =
-                                         makeInstance(id, {}, {}, {}, {}, op.section(':', 1)));
-    }
-    const QMap<QString, InstanceInfoBase*> map = mgr()->GetInstanceInfoForAllType();
-    QCOMPARE(QStringList(map.keys()), registry);
-    for (const QString& id : registry) // a replacement takes the earlier object's place
-        QCOMPARE(map.value(id), last.value(id));
-    for (const QString& lookup : lookups) {
-        const QString found = mgr()->GetInstanceIDByClInstID(lookup.section('=', 0, 0));
-        QCOMPARE(found, lookup.section('=', 1));
-        QCOMPARE(found.isNull(), lookup.endsWith('='));
-    }
-}
-
-void TestInstanceMgr::queries_data()
-{
-    using namespace Algo_Values;
-    // The row name's first word names the query.
-    QTest::addColumn<QStringList>("args"); // type or algo names
-    QTest::addColumn<bool>("allCreators");
-    QTest::addColumn<QStringList>("expected");
-
-    using L = QStringList;
-    const L every{"q02", "q04", "q06", "q10", "q3", "q5", "q7"};
-    const L t0{AlgoGlobalType::T0};
-    QTest::newRow("ids: unknown, no filter") << L{AlgoGlobalType::unknown} << false << every;
-    QTest::newRow("ids: all is a wildcard") << L{AlgoGlobalType::all} << false << every;
-    QTest::newRow("ids: a type, deleted included") << t0 << false << L{"q02", "q10", "q5"};
-    QTest::newRow("live: unknown, no filter") << L{AlgoGlobalType::unknown} << false << every;
-    QTest::newRow("live: all is no wildcard") << L{AlgoGlobalType::all} << true << L{"q04"};
-    QTest::newRow("live: a type, every creator") << t0 << true << L{"q10", "q5"};
-    QTest::newRow("live: a type, own and creatorless") << t0 << false << L{"q10"};
-    QTest::newRow("all-types: every creator") << L() << true << L{"q04", "q06", "q10", "q3", "q5"};
-    QTest::newRow("all-types: own and creatorless") << L() << false << L{"q04", "q06", "q10"};
-    QTest::newRow("names: exact, other creators included")
-        << L{"Twap", "Basket"} << false << L{"q04", "q3", "q5"};
-    QTest::newRow("names: case-sensitive, deleted included") << L{"twap"} << false << L{"q7"};
-}
-
-void TestInstanceMgr::queries()
-{
-    QFETCH(QStringList, args);
-    QFETCH(bool, allCreators);
-    QFETCH(QStringList, expected);
-
-    using namespace Algo_Values;
-    const QString del = AlgoDeleteStatus::deleted;
-    CBusinessDataBase::GetInstance()->SetLoginAccount(kLogin);
-    // Inserted out of order; ascending ID order is q02 q04 q06 q10 q3 q5 q7.
-    mgr()->InsertNewInstance(makeInstance("q5", AlgoGlobalType::T0, "Twap", "0", "trader02"));
-    mgr()->InsertNewInstance(makeInstance("q10", AlgoGlobalType::T0, "T0Grid"));
-    mgr()->InsertNewInstance(makeInstance("q02", AlgoGlobalType::T0, "T0Grid", del, kLogin));
-    mgr()->InsertNewInstance(makeInstance("q7", AlgoGlobalType::feature, "twap", del));
-    mgr()->InsertNewInstance(
-        makeInstance("q3", AlgoGlobalType::multiStr, "Basket", "", "trader02"));
-    mgr()->InsertNewInstance(makeInstance("q06", "", "", "", kLogin));
-    mgr()->InsertNewInstance(makeInstance("q04", AlgoGlobalType::all, "Twap", "", kLogin));
-
-    const QString query = QString(QTest::currentDataTag()).section(':', 0, 0);
-    QCOMPARE(query == "ids"    ? QStringList(mgr()->GetAllInstanceIDs(args.value(0)))
-             : query == "live" ? mgr()->GetAllInstanceIDsExceptDeleted(args.value(0), allCreators)
-             : query == "all-types" ? mgr()->GetAllInstanceIDsExceptDeletedForAllType(allCreators)
-                                    : mgr()->GetInstanceIDsForSpecialAlgoName(args),
-             expected);
-}
-
-void TestInstanceMgr::symbolKeys_data()
-{
-    QTest::addColumn<QString>("key");       // instance 100023 has the one leg 100023_600000.SH_1
-    QTest::addColumn<QStringList>("parts"); // instance ID, symbol, side, symbol_side
-    using L = QStringList;
-    QTest::newRow("one part") << "100023" << L{"", "", "", ""};
-    QTest::newRow("two parts, whole key looked up")
-        << "100023_600000.SH" << L{"100023", "600000.SH", "", ""};
-    QTest::newRow("three parts") << "100023_600000.SH_1"
-                                 << L{"100023", "600000.SH", "1", "600000.SH_1"};
-    QTest::newRow("other side") << "100023_600000.SH_2"
-                                << L{"100023", "600000.SH", "2", "600000.SH_2"};
-    QTest::newRow("fourth part ignored") << "1_A_B_C" << L{"1", "A", "B", "A_B"};
-    QTest::newRow("empty parts kept") << "a__b" << L{"a", "", "b", "_b"};
-    QTest::newRow("placeholders not expanded") << "a%2_%3b_%1" << L{"a%2", "%3b", "%1", "%3b_%1"};
-}
-
-void TestInstanceMgr::symbolKeys()
-{
-    QFETCH(QString, key);
-    QFETCH(QStringList, parts);
-    QCOMPARE(InstanceMgr::getInstIdFromSymbolKey(key), parts.at(0));
-    QCOMPARE(InstanceMgr::getSymbolFromSymbolKey(key), parts.at(1));
-    QCOMPARE(InstanceMgr::getSideFromSymbolKey(key), parts.at(2));
-    QCOMPARE(InstanceMgr::getSymbolOrdeSideFromKey(key), parts.at(3));
-    if (key.count('_') == 2)
-        QCOMPARE(InstanceMgr::GetSymbolExtInfoKey(parts.at(0), parts.at(1), parts.at(2)), key);
-
-    InstanceInfoBase* inst = makeInstance("100023", Algo_Values::AlgoGlobalType::T0);
-    auto* leg = new SymbolInfoBase;
-    leg->setSymbol("600000.SH");
-    leg->setOrderSide("1");
-    leg->setKey("100023_600000.SH_1");
-    inst->AddSymbolInfo(leg);
-    mgr()->InsertNewInstance(inst);
-    LogCapture log;
-    const bool known = parts.at(0) == "100023";
-    QCOMPARE(mgr()->getSymbolInfo(key), key == leg->getKey() ? leg : nullptr);
-    QCOMPARE(mgr()->GetAlgoTypeByInstID(parts.at(0)),
-             known ? Algo_Values::AlgoGlobalType::T0 : QString());
-    QString symbol = "keep", side = "keep";
-    mgr()->getOneSymbol(parts.at(0), symbol, side);
-    QCOMPARE(symbol + "/" + side, known ? QString("600000.SH/1") : QString("keep/keep"));
-    for (const char* op : {"getSymbolInfo", "getOneSymbol", "GetAlgoTypeByInstID"})
-        QCOMPARE(
-            log.contains(QtDebugMsg, "InstanceMgr::" + QString(op) + " null ptr " + parts.at(0)),
-            !known);
-}
-
-void TestInstanceMgr::createErrorInfo()
-{
-    using Pair = std::pair<QString, QString>;
-    mgr()->setCreateErrorInfoByClInst("ce1", "E100", "no rights");
-    mgr()->setCreateErrorInfoByClInst("ce2", "E200", "bad price");
-    mgr()->setCreateErrorInfoByClInst("ce1", "E300", "later");
-    QCOMPARE(mgr()->getCreateErrorInfoByClInst("ce1"), Pair("E300", "later"));
-    QCOMPARE(mgr()->getCreateErrorInfoByClInst("ce2"), Pair("E200", "bad price"));
-    QCOMPARE(mgr()->getCreateErrorInfoByClInst("ce3"), Pair());
-}
 
 QTEST_GUILESS_MAIN(TestInstanceMgr)
 #include "tst_instancemgr.moc"

@@ -3,11 +3,7 @@
 // creates; which notifications and results follow, and that notifications
 // follow only after the content lock has been released.
 
-#include <algologic.h>
-
-#include "logcapture.h"
-
-#include <QtTest>
+#include "../common/tabletest.h"
 
 #include <chrono>
 #include <functional>
@@ -33,22 +29,19 @@ bool contentHeld()
             }).get();
 }
 
-// Records from texts such as "id=rA st=1 bits=2", with short names for the record keys.
-VariantMapList recs(const QStringList& texts)
+// Records from texts such as "id=rA st=1 bits=2; id=rB", with short names for the record keys;
+// "HDR" is a parameter header that would make a leg if it were not skipped.
+VariantMapList recs(const QString& texts)
 {
-    static const QMap<QString, QString> keys{{"id", S::strategyID},
-                                             {"name", S::strategyName},
-                                             {"st", S::strategyStatus},
-                                             {"cl", Helm_Fields::Strategy::clAlgoID},
-                                             {"del", H::strategyDeleted},
-                                             {"start", H::AlgStartTime},
-                                             {"exe", Tessel_Fields::System::requestExeStatus},
-                                             {"sym", Tessel_Fields::Security::symbol},
-                                             {"side", Tessel_Fields::Security::side}};
+    static const QMap<QString, QString> keys{
+        {"id", "strategyID"},        {"name", "strategyName"},   {"st", "strategyStatus"},
+        {"cl", "clAlgoID"},          {"del", "strategyDeleted"}, {"start", "AlgStartTime"},
+        {"exe", "requestExeStatus"}, {"sym", "symbol"},          {"side", "side"}};
     VariantMapList list;
-    for (const QString& text : texts) {
+    for (QString text : texts.split(';', Qt::SkipEmptyParts)) {
         list << VariantMap();
-        for (const QString& f : text.split(' ', Qt::SkipEmptyParts))
+        for (const QString& f :
+             text.replace("HDR", "exe=0 sym=510300.SH side=1").split(' ', Qt::SkipEmptyParts))
             list.last().insert(keys.value(f.section('=', 0, 0), f.section('=', 0, 0)),
                                f.section('=', 1));
     }
@@ -146,90 +139,40 @@ void TestInstanceRouting::cleanup()
 
 void TestInstanceRouting::routing_data()
 {
-    // The row name's first word names the router. rA and rB (client ID clB) are registered.
-    QTest::addColumn<QString>("instanceID"); // the argument of the status and modify routers
-    QTest::addColumn<QStringList>("records");
-    QTest::addColumn<QStringList>("calls");
-    // Notifications, then the result, warnings, instances made ("made <id> <class>[ <mapped client
-    // ID>]") and, for UpdateSymbolExtInfoByParams, the legs passed on ("ext <key>=<index of its
-    // record>").
-    QTest::addColumn<QStringList>("out");
-
-    using L = QStringList;
-    const QString del = "del=" + Algo_Values::AlgoDeleteStatus::deleted;
-    QTest::newRow("progress: record 0 names the instance")
-        << "" << L{"id=rA", "id=rB"} << L{"rA progress"} << L{"progress:rA"};
-    QTest::newRow("progress: record 0 unknown") << "" << L{"id=rZ", "id=rA"} << L() << L();
-    QTest::newRow("progress: empty list") << "" << L() << L() << L();
-    QTest::newRow("report: by record 0") << "" << L{"id=rA", "id=rB"} << L{"rA report"} << L();
-    QTest::newRow("delete: progress handler, kept")
-        << "" << L{"id=rA", "id=rB"} << L{"rA progress"} << L();
-    QTest::newRow("status: by the argument, status read after the handler")
-        << "rA" << L{"id=rB st=5", "id=rB"} << L{"rA status"} << L{"status:rA:5", "returned 0"};
-    QTest::newRow("status: empty list") << "rA" << L() << L() << L{"returned 1"};
-    QTest::newRow("status: no status, before the lookup")
-        << "rZ" << L{"id=rA"} << L() << L{"returned 1"};
-    QTest::newRow("status: unknown instance")
-        << "rZ" << L{"st=1"} << L()
-        << L{"returned 2", "warning InstanceMgr::OnRecv_InstStatusUpdate instId  rZ  not find"};
-    QTest::newRow("modify: by the argument")
-        << "rA" << L{"id=rB"} << L{"rA modify"} << L{"returned 1"};
-    QTest::newRow("modify: empty list") << "rA" << L() << L() << L{"returned 0"};
-    QTest::newRow("modify: unknown instance")
-        << "rZ" << L{"id=rA"} << L()
-        << L{"returned 0",
-             "warning InstanceMgr::onRecv_InstModifyPush ###update instance status failed, "
-             "can not find instance info:  rZ"};
-    QTest::newRow("query: bits 0 and 1, record order, duplicates")
-        << "" << L{"id=rB bits=3 st=1", "id=rA bits=2", "id=rB bits=1 st=2", "id=rB bits=2"}
-        << L{"rB query cl=clB", "rA query", "rB query cl=clB", "rB query cl=clB"}
-        << L{"time:rB:1", "time:rB:2", "updated:rB,rA,rB"};
-    QTest::newRow("query: higher bits only") << "" << L{"id=rA bits=252"} << L{"rA query"} << L();
-    QTest::newRow("query: deleted listed per record, after the changed list")
-        << "" << L{"id=rA bits=2 " + del, "id=rB bits=2 del=0", "id=rA"}
-        << L{"rA query", "rB query cl=clB", "rA query"} << L{"updated:rA,rB", "deleted:rA,rA"};
-    QTest::newRow("query: records without ID skipped")
-        << "" << L{"bits=3", "id= bits=3", "id=rA bits=2"} << L{"rA query"} << L{"updated:rA"};
-    QTest::newRow("query: client ID taken only when empty, before the handler")
-        << "" << L{"id=rA cl=clX", "id=rB cl=clY"} << L{"rA query cl=clX", "rB query cl=clB"}
-        << L();
-    QTest::newRow("query: new instances of each class, no time signal")
-        << ""
-        << L{"id=n1 cl=c1 start=20240102-09:30:00 st=1 name=T0Algo",
-             "id=n2 st=1 name=MultiAlgo cl=c2", "id=n3 st=1 name=FeatAlgo cl=c3",
-             "id=n4 st=1 name=NoSuchAlgo"}
-        << L()
-        << L{"updated:n1,n2,n3", "made n1 T0InstanceInfo c1", "made n2 MultiInstanceInfo c2",
-             "made n3 RushLimitUpInstanceInfo c3", "made n4 InstanceInfoBase"};
-    QTest::newRow("query: a new instance's second record is an update")
-        << ""
-        << L{"id=n1 start=20240102-09:30:00 st=0 name=T0Algo",
-             "id=n1 start=20240102-09:31:00 st=1 name=T0Algo"}
-        << L() << L{"time:n1:1", "updated:n1,n1", "made n1 T0InstanceInfo"};
-    const QString hdr = "exe=0 sym=510300.SH side=1"; // would give a leg if it were not skipped
-    const L called{"usA initSymbolInfo (unlocked)"};  // the caller holds what it needs
-    QTest::newRow("params: header only") << "" << L{hdr} << called << L();
-    QTest::newRow("params: only status 0 counts")
-        << "" << L{hdr, "exe=1 sym=A", "exe= sym=A", "sym=A", "exe=00 sym=A"} << called << L();
-    QTest::newRow("params: no side: All")
-        << "" << L{hdr, "exe=0 sym=B"} << called << L{"ext usA_B_All=1"};
-    QTest::newRow("params: a later leg replaces an earlier one")
-        << ""
-        << L{hdr, "exe=0 sym=A side=1", "exe=2 sym=C", "exe=0 sym=B side=2",
-             "exe=0 sym=A side=1 n=2"}
-        << called << L{"ext usA_A_1=4", "ext usA_B_2=3"};
+    // The row name's first word names the router; rA and rB (client ID clB) are registered.
+    // The instance argument of the status and modify routers; the records; the handler calls;
+    // then the notifications, the result, warnings, instances made ("made <id> <class>[ <mapped
+    // client ID>]") and, for UpdateSymbolExtInfoByParams, the legs passed on ("ext <key>=<index
+    // of its record>"). Lists are ";"-separated. Malformed input: tst_badinput.
+    TableTest::addRows(R"(
+progress: record 0 names the instance | | id=rA; id=rB | rA progress | progress:rA
+progress: record 0 unknown | | id=rZ; id=rA | |
+report: by record 0 | | id=rA; id=rB | rA report |
+delete: progress handler, kept | | id=rA; id=rB | rA progress |
+status: by the argument, status read after the handler | rA | id=rB st=5; id=rB | rA status | status:rA:5; returned 0
+status: no status, before the lookup | rZ | id=rA | | returned 1
+modify: by the argument | rA | id=rB | rA modify | returned 1
+modify: unknown instance, warned in the hosts' words | rZ | id=rA | | returned 0; warning InstanceMgr::onRecv_InstModifyPush ###update instance status failed, can not find instance info:  rZ
+query: bits 0 and 1, record order, duplicates | | id=rB bits=3 st=1; id=rA bits=2; id=rB bits=1 st=2; id=rB bits=2 | rB query cl=clB; rA query; rB query cl=clB; rB query cl=clB | time:rB:1; time:rB:2; updated:rB,rA,rB
+query: higher bits only | | id=rA bits=252 | rA query |
+query: deleted listed per record, after the changed list | | id=rA bits=2 del=1; id=rB bits=2 del=0; id=rA | rA query; rB query cl=clB; rA query | updated:rA,rB; deleted:rA,rA
+query: records without ID skipped | | bits=3; id= bits=3; id=rA bits=2 | rA query | updated:rA
+query: client ID taken only when empty, before the handler | | id=rA cl=clX; id=rB cl=clY | rA query cl=clX; rB query cl=clB |
+query: new instances of each class, no time signal | | id=n1 cl=c1 start=20240102-09:30:00 st=1 name=T0Algo; id=n2 st=1 name=MultiAlgo cl=c2; id=n3 st=1 name=FeatAlgo cl=c3; id=n4 st=1 name=NoSuchAlgo | | updated:n1,n2,n3; made n1 T0InstanceInfo c1; made n2 MultiInstanceInfo c2; made n3 RushLimitUpInstanceInfo c3; made n4 InstanceInfoBase
+query: a new instance's second record is an update | | id=n1 start=20240102-09:30:00 st=0 name=T0Algo; id=n1 start=20240102-09:31:00 st=1 name=T0Algo | | time:n1:1; updated:n1,n1; made n1 T0InstanceInfo
+params: header only | | HDR | usA initSymbolInfo (unlocked) |
+params: only status 0 counts | | HDR; exe=1 sym=A; exe= sym=A; sym=A; exe=00 sym=A | usA initSymbolInfo (unlocked) |
+params: no side: All | | HDR; exe=0 sym=B | usA initSymbolInfo (unlocked) | ext usA_B_All=1
+params: a later leg replaces an earlier one | | HDR; exe=0 sym=A side=1; exe=2 sym=C; exe=0 sym=B side=2; exe=0 sym=A side=1 n=2 | usA initSymbolInfo (unlocked) | ext usA_A_1=4; ext usA_B_2=3
+)");
 }
 
 void TestInstanceRouting::routing()
 {
-    QFETCH(QString, instanceID);
-    QFETCH(QStringList, records);
-    QFETCH(QStringList, calls);
-    QFETCH(QStringList, out);
-
+    const std::array<QString, 4> c = TableTest::cells<4>();
+    QString instanceID = c[0], records = c[1], calls = c[2], out = c[3];
     const VariantMapList list = recs(records);
-    RecordingInstance unshared("usA",
-                               {}); // for UpdateSymbolExtInfoByParams, with record 0 as parameters
+    RecordingInstance unshared("usA", {}); // for UpdateSymbolExtInfoByParams, record 0 the params
     Emissions emissions;
     const auto returned = [&emissions](int r) {
         emissions.log << "returned " + QString::number(r);
@@ -265,12 +208,12 @@ void TestInstanceRouting::routing()
     for (auto it = extInfo.cbegin(); router == "params" && it != extInfo.cend(); ++it)
         emissions.log << "ext " + it.key() + "="
                              + QString::number(list.indexOf(it.value().toMap()));
-    QCOMPARE(g_calls, calls); // only the instances meant, each under the content lock
+    QCOMPARE(g_calls.join("; "), calls); // only the instances meant, each under the content lock
     if (router != "query"
         && !calls.isEmpty()) // the whole list; for params, record 0 as the parameters
         QCOMPARE(g_given.first(),
                  (router == "params" ? VariantMapList{list.value(0), extInfo} : list));
-    QCOMPARE(emissions.log, out);
+    QCOMPARE(emissions.log.join("; "), out);
     QVERIFY(mgr()->ContainsInstance("rA") && mgr()->ContainsInstance("rB"));
 }
 
@@ -278,7 +221,7 @@ void TestInstanceRouting::queryRouterInitialisesNewInstanceUnderContentLock()
 {
     mgr()->getLocker()->lockForRead(); // a reader must not see the new instance's handler write it
     auto router = std::async(std::launch::async, [] {
-        mgr()->OnRecv_QueryAlgoStrategyResponse(recs({"id=rnLocked st=1 name=T0Algo"}));
+        mgr()->OnRecv_QueryAlgoStrategyResponse(recs("id=rnLocked st=1 name=T0Algo"));
     });
     const bool waited =
         router.wait_for(std::chrono::milliseconds(150)) == std::future_status::timeout;

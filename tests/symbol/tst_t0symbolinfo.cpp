@@ -1,30 +1,13 @@
 // Rules of the T0 leg: the tolerant guarded setters, the staleness test of both
-// feeds (with its deliberately odd error text), what each feed applies, copies.
+// feeds (with its deliberately odd error text) and what each feed applies.
+// Copies are the compiler's (tst_instancecopy).
 
-#include <algologic.h>
-
-#include "logcapture.h"
-
-#include <QtTest>
-
-namespace Progress = Algo_Fields::AlgoInstProgressFields;
+#include "../common/tabletest.h"
 
 namespace {
 
-// Every message as "level: text", one per line.
-QString logged(const LogCapture& log)
-{
-    QStringList lines;
-    for (const CapturedMessage& m : log.messages())
-        lines << (m.type == QtInfoMsg    ? "info: "
-                  : m.type == QtDebugMsg ? "debug: "
-                                         : "warning: ")
-                     + m.text;
-    return lines.join('\n');
-}
-
-// "target filled progress | buy order deal close avg amount cancel fee | sell (the
-// same) | achieved profit", each number exact in its shortest form.
+// "target filled progress / buy order deal close avg amount cancel fee / sell (the same) /
+// achieved profit", each number exact in its shortest form.
 QString figures(const T0SymbolInfo& l)
 {
     QStringList out;
@@ -34,65 +17,35 @@ QString figures(const T0SymbolInfo& l)
                      l.sellAmount(), l.sellCancelQty(), l.sellFee(), l.achieveProfit()})
         out << QVariant(d).toString();
     for (int at : {17, 10, 3})
-        out.insert(at, QStringLiteral("|"));
+        out.insert(at, "/");
     return out.join(' ');
 }
 
-VariantMap edited(VariantMap record, const VariantMap& changes, const QStringList& removed = {})
+// A record of symbol 600000 from JSON parts and names: "primed" makes the leg most rows start
+// from, "current" is newer than it on both sides, "starts" feeds the guarded setters; "-KEY"
+// removes a key.
+VariantMap record(const QString& cell)
 {
-    for (auto it = changes.cbegin(); it != changes.cend(); ++it)
-        record.insert(it.key(), it.value());
-    for (const QString& key : removed)
-        record.remove(key);
-    return record;
-}
-
-// Gathered into a fresh leg, this makes the leg that most rows start from.
-const VariantMap kPrimed{
-    {Progress::Symbol, "600000"},  {Progress::TargetQty, 1000},  {Progress::buyOrderQty, 1000},
-    {Progress::buyDealQty, 150},   {Progress::buyAvgPrice, 10},  {Progress::buyAmount, 1500},
-    {Progress::buyCancelQty, 20},  {Progress::buyFee, 1.5},      {Progress::sellOrderQty, 800},
-    {Progress::sellDealQty, 100},  {Progress::sellAvgPrice, 11}, {Progress::sellAmount, 1100},
-    {Progress::sellCancelQty, 10}, {Progress::sellFee, 1.25},    {Progress::AchieveProfit, 55}};
-// Newer than kPrimed on both sides.
-const VariantMap kCurrent{
-    {Progress::Symbol, "600000"},   {Progress::TargetQty, 2000},  {Progress::buyOrderQty, 1200},
-    {Progress::buyDealQty, 200},    {Progress::buyCloseQty, 60},  {Progress::buyAvgPrice, 10.25},
-    {Progress::buyAmount, 2050},    {Progress::buyCancelQty, 22}, {Progress::buyFee, 2},
-    {Progress::sellOrderQty, 900},  {Progress::sellDealQty, 120}, {Progress::sellCloseQty, 60},
-    {Progress::sellAvgPrice, 11.5}, {Progress::sellAmount, 1380}, {Progress::sellCancelQty, 12},
-    {Progress::sellFee, 1.75},      {Progress::AchieveProfit, 66}};
-
-QString stale(const char* feed, const char* side, const QString& first)
-{
-    return QStringLiteral("info: T0SymbolInfo::%1 收到过时数据: 600000 内存: %2成交数量")
-               .arg(feed, side)
-           + first
-           + QStringLiteral(", %1撤单数量%2; reportData: %1成交数量%3, %1撤单数量%4").arg(side);
-}
-
-// Gather `setup` into a fresh leg, then hand it `record` through `feed` (a feed
-// or a guarded setter, given record["value"]); `figures` "unchanged" means as
-// right after the setup, `log` is every line the second step writes.
-struct Row
-{
-    QString feed;
-    VariantMap setup, record;
-    QString figures, log;
-};
-
-// One side's deal and cancel quantities, with the side's order quantity if `order`.
-VariantMap side(bool buy, double deal, double cancel, bool order)
-{
-    VariantMap m{{Progress::Symbol, "600000"},
-                 {buy ? Progress::buyDealQty : Progress::sellDealQty, deal},
-                 {buy ? Progress::buyCancelQty : Progress::sellCancelQty, cancel}};
-    return order ? edited(m, {{buy ? Progress::buyOrderQty : Progress::sellOrderQty, 1000}}) : m;
+    static const QMap<QString, QString> bases{
+        {"primed", R"({"TargetQty":1000,"buyOrderQty":1000,"buyDealQty":150,"buyAvgPrice":10,
+            "buyAmount":1500,"buyCancelQty":20,"buyFee":1.5,"sellOrderQty":800,"sellDealQty":100,
+            "sellAvgPrice":11,"sellAmount":1100,"sellCancelQty":10,"sellFee":1.25,"AchieveProfit":55})"},
+        {"current", R"({"TargetQty":2000,"buyOrderQty":1200,"buyDealQty":200,"buyCloseQty":60,
+            "buyAvgPrice":10.25,"buyAmount":2050,"buyCancelQty":22,"buyFee":2,"sellOrderQty":900,
+            "sellDealQty":120,"sellCloseQty":60,"sellAvgPrice":11.5,"sellAmount":1380,
+            "sellCancelQty":12,"sellFee":1.75,"AchieveProfit":66})"},
+        {"starts", R"({"buyDealQty":1000,"buyAmount":2000,"sellDealQty":3000,"sellAmount":4000})"}};
+    VariantMap map{{"Symbol", "600000"}};
+    for (const QString& part : cell.split(' ', Qt::SkipEmptyParts)) {
+        if (part.startsWith('-'))
+            map.remove(part.mid(1));
+        else
+            map.insert(TableTest::record(bases.value(part, part)));
+    }
+    return map;
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(Row)
 
 class TestT0SymbolInfo : public QObject
 {
@@ -100,132 +53,66 @@ class TestT0SymbolInfo : public QObject
 private slots:
     void feeds_data();
     void feeds();
-    void copiesAreIndependent();
 };
 
 void TestT0SymbolInfo::feeds_data()
 {
-    QTest::addColumn<Row>("row");
-    // Guarded setters, from 1000, 2000, 3000 and 4000: a drop within 1e-10 is
-    // taken, a larger one refused.
-    const VariantMap starts{{Progress::Symbol, "600000"},
-                            {Progress::buyDealQty, 1000},
-                            {Progress::buyAmount, 2000},
-                            {Progress::sellDealQty, 3000},
-                            {Progress::sellAmount, 4000}};
-    const char* lines[] = {"setBuyDealQty buyDeal error", "setBuyAmount error ",
-                           "setSellDealQty sellDeal error", "setSellAmount error "};
-    for (int f = 0; f < 4; ++f) {
-        const QString setter = QString::fromLatin1(lines[f]).section(' ', 0, 0);
-        const double start = 1000 * (f + 1);
-        QTest::addRow("%s: 5e-11 lower accepted", lines[f])
-            << Row{setter,
-                   starts,
-                   {{"value", start - 5e-11}},
-                   QString("0 0 0 | 0 1000 0 0 2000 0 0 | 0 3000 0 0 4000 0 0 | 0")
-                       .replace(QString::number(start), QVariant(start - 5e-11).toString()),
-                   {}};
-        QTest::addRow("%s: 1e-9 lower refused", lines[f])
-            << Row{setter,
-                   starts,
-                   {{"value", start - 1e-9}},
-                   "unchanged",
-                   QStringLiteral("debug: T0SymbolInfo::%1 %2 %2").arg(lines[f]).arg(start)};
-    }
-
-    const char* gather = "OnRecvSymbolProgressGatherInfo";
-    QTest::newRow("gather: current, close quantities untouched")
-        << Row{gather,
-               kPrimed,
-               kCurrent,
-               "2000 0 0 | 1200 200 0 10.25 2050 22 2 | 900 120 0 11.5 1380 12 1.75 | 66",
-               {}};
-    QTest::newRow("gather: stale buy deal, refused whole incl. sell and profit")
-        << Row{gather, kPrimed, edited(kCurrent, {{Progress::buyDealQty, 100}}), "unchanged",
-               stale(gather, "买入", "150." + QString(22, '0'))};
-    QTest::newRow("gather: buy current, stale sell cancel")
-        << Row{gather, kPrimed, edited(kCurrent, {{Progress::sellCancelQty, 5}}), "unchanged",
-               stale(gather, "卖出", " 100.00000")};
-    // The odd rendering: only %1 is replaced, by the stored deal, as wide as the
-    // stored cancel, in the format whose code is the reported deal ('f' 102,
-    // 'e' 101, other codes fixed), with the reported cancel as precision.
-    QTest::newRow("odd text: padded, 'f'")
-        << Row{gather, side(true, 150.5, 8, false), side(true, 102, 2, true), "unchanged",
-               stale(gather, "买入", "  150.50")};
-    QTest::newRow("odd text: 101.9 truncated to 'e'")
-        << Row{gather, side(true, 150.5, 0, false), side(true, 101.9, 3, true), "unchanged",
-               stale(gather, "买入", "1.505e+02")};
-    QTest::newRow("odd text: sell cancel lower only")
-        << Row{gather, side(false, 50, 30, false), side(false, 60, 0, true), "unchanged",
-               stale(gather, "卖出", QString(28, ' ') + "50")};
-
-    const char* report = "updateBySingleProgressReport";
-    QTest::newRow("report: both halves, close quantities included")
-        << Row{report,
-               kPrimed,
-               edited(kCurrent, {{Progress::FilledQty, 300}}),
-               "2000 300 0.15 | 1200 200 60 10.25 2050 22 2 | 900 120 60 11.5 1380 12 1.75 | 66",
-               {}};
-    QTest::newRow("report: stale, base part refused too")
-        << Row{report, kPrimed,
-               edited(kCurrent, {{Progress::buyDealQty, 100}, {Progress::FilledQty, 300}}),
-               "unchanged", stale(report, "买入", "150." + QString(22, '0'))};
-    QTest::newRow("report: no buyOrderQty, lower buy deal skipped with the buy half") << Row{
-        report,
-        kPrimed,
-        edited(kCurrent,
-               {{Progress::buyDealQty, 100}, {Progress::buyAmount, 5}, {Progress::FilledQty, 300}},
-               {Progress::buyOrderQty}),
-        "2000 300 0.15 | 1000 150 0 10 1500 20 1.5 | 900 120 60 11.5 1380 12 1.75 | 66",
-        {}};
-    QTest::newRow("report: AchieveProfit missing reads 0")
-        << Row{report,
-               kPrimed,
-               {{Progress::TargetQty, 1000}, {Progress::FilledQty, 300}},
-               "1000 300 0.3 | 1000 150 0 10 1500 20 1.5 | 800 100 0 11 1100 10 1.25 | 0",
-               {}};
+    // Gather `setup` into a fresh leg, then hand it `input` through `feed` or, for a guarded
+    // setter, 5e-11 (taken quietly) and then 1e-9 (refused) below the start; "unchanged" means
+    // as right after the setup; `log` is every line the second step writes ("stale SIDE FIRST":
+    // the feed's staleness line, "_" a space). The odd text: only %1 is replaced, by the stored
+    // deal, as wide as the stored cancel, in the format whose code is the reported deal ('f'
+    // 102, 'e' 101, other codes fixed), with the reported cancel as precision.
+    TableTest::addRows(R"(
+buy deal setter | setBuyDealQty | starts | 1000 | 0 0 0 / 0 999.99999999995 0 0 2000 0 0 / 0 3000 0 0 4000 0 0 / 0 | debug: T0SymbolInfo::setBuyDealQty buyDeal error 1000 1000
+buy amount setter | setBuyAmount | starts | 2000 | 0 0 0 / 0 1000 0 0 1999.99999999995 0 0 / 0 3000 0 0 4000 0 0 / 0 | debug: T0SymbolInfo::setBuyAmount error  2000 2000
+sell deal setter | setSellDealQty | starts | 3000 | 0 0 0 / 0 1000 0 0 2000 0 0 / 0 2999.99999999995 0 0 4000 0 0 / 0 | debug: T0SymbolInfo::setSellDealQty sellDeal error 3000 3000
+sell amount setter | setSellAmount | starts | 4000 | 0 0 0 / 0 1000 0 0 2000 0 0 / 0 3000 0 0 3999.99999999995 0 0 / 0 | debug: T0SymbolInfo::setSellAmount error  4000 4000
+gather: current, close quantities untouched | gather | primed | current | 2000 0 0 / 1200 200 0 10.25 2050 22 2 / 900 120 0 11.5 1380 12 1.75 / 66 |
+gather: stale buy deal, refused whole incl. sell and profit | gather | primed | current {"buyDealQty":100} | unchanged | stale 买入 150.0000000000000000000000
+odd text: padded, 'f' | gather | {"buyDealQty":150.5,"buyCancelQty":8} | {"buyDealQty":102,"buyCancelQty":2,"buyOrderQty":1000} | unchanged | stale 买入 __150.50
+odd text: 101.9 truncated to 'e' | gather | {"buyDealQty":150.5} | {"buyDealQty":101.9,"buyCancelQty":3,"buyOrderQty":1000} | unchanged | stale 买入 1.505e+02
+odd text: sell cancel lower only | gather | {"sellDealQty":50,"sellCancelQty":5} | {"sellDealQty":60,"sellOrderQty":1000} | unchanged | stale 卖出 ___50
+report: both halves, close quantities included | report | primed | current {"FilledQty":300} | 2000 300 0.15 / 1200 200 60 10.25 2050 22 2 / 900 120 60 11.5 1380 12 1.75 / 66 |
+report: stale, base part refused too | report | primed | current {"buyDealQty":100,"FilledQty":300} | unchanged | stale 买入 150.0000000000000000000000
+report: no buyOrderQty, lower buy deal skipped with the buy half | report | primed | current -buyOrderQty {"buyDealQty":100,"buyAmount":5,"FilledQty":300} | 2000 300 0.15 / 1000 150 0 10 1500 20 1.5 / 900 120 60 11.5 1380 12 1.75 / 66 |
+report: AchieveProfit missing reads 0 | report | primed | {"TargetQty":1000,"FilledQty":300} | 1000 300 0.3 / 1000 150 0 10 1500 20 1.5 / 800 100 0 11 1100 10 1.25 / 0 |
+)");
 }
 
 void TestT0SymbolInfo::feeds()
 {
-    QFETCH(Row, row);
+    const std::array<QString, 5> c = TableTest::cells<5>();
+    QString feed = c[0], setup = c[1], input = c[2], figures = c[3], log = c[4];
     T0SymbolInfo leg;
-    leg.setSymbol(QStringLiteral("600000")); // the report's stale line names it
-    SymbolInfoBase& asBase = leg;            // both feeds are virtual
-    asBase.OnRecvSymbolProgressGatherInfo(row.setup);
-    const QString before = figures(leg);
-    const double value = row.record.value("value").toDouble();
-    LogCapture log;
-    if (row.feed == "OnRecvSymbolProgressGatherInfo")
-        asBase.OnRecvSymbolProgressGatherInfo(row.record);
-    if (row.feed == "updateBySingleProgressReport")
-        asBase.updateBySingleProgressReport(row.record);
+    leg.setSymbol("600000");      // the report's stale line names it
+    SymbolInfoBase& asBase = leg; // both feeds are virtual
+    asBase.OnRecvSymbolProgressGatherInfo(record(setup));
+    const QString before = ::figures(leg);
     const QMap<QString, void (T0SymbolInfo::*)(double)> setters{
         {"setBuyDealQty", &T0SymbolInfo::setBuyDealQty},
         {"setBuyAmount", &T0SymbolInfo::setBuyAmount},
         {"setSellDealQty", &T0SymbolInfo::setSellDealQty},
         {"setSellAmount", &T0SymbolInfo::setSellAmount}};
-    if (setters.contains(row.feed))
-        (leg.*setters[row.feed])(value);
-    QCOMPARE(logged(log), row.log);
-    QCOMPARE(figures(leg), row.figures == "unchanged" ? before : row.figures);
-}
-
-void TestT0SymbolInfo::copiesAreIndependent()
-{
-    T0SymbolInfo original;
-    original.OnRecvSymbolProgressGatherInfo(kPrimed);
-    const QString primed = figures(original);
-    T0SymbolInfo copy(original), assigned;
-    assigned = original;
-    for (T0SymbolInfo* leg : {&copy, &assigned}) {
-        leg->OnRecvSymbolProgressGatherInfo(edited(kCurrent, {{Progress::buyDealQty, 100}}));
-        QCOMPARE(figures(*leg),
-                 primed); // the copy holds the figures and refuses what is stale for them
-        leg->OnRecvSymbolProgressGatherInfo(kCurrent);
-        QCOMPARE(leg->achieveProfit(), 66.0);
+    if (setters.contains(feed))
+        (leg.*setters[feed])(input.toDouble() - 5e-11);
+    LogCapture capture;
+    if (setters.contains(feed))
+        (leg.*setters[feed])(input.toDouble() - 1e-9);
+    if (feed == "gather")
+        asBase.OnRecvSymbolProgressGatherInfo(record(input));
+    if (feed == "report")
+        asBase.updateBySingleProgressReport(record(input));
+    if (log.startsWith("stale ")) { // "%2" to "%4" stay in the text
+        const QString side = log.section(' ', 1, 1), first = log.section(' ', 2).replace('_', ' ');
+        log = "info: T0SymbolInfo::"
+              + QString(feed == "gather" ? "OnRecvSymbolProgressGatherInfo"
+                                         : "updateBySingleProgressReport")
+              + " 收到过时数据: 600000 内存: " + side + "成交数量" + first + ", " + side
+              + "撤单数量%2; reportData: " + side + "成交数量%3, " + side + "撤单数量%4";
     }
-    QCOMPARE(figures(original), primed);
+    QCOMPARE(TableTest::logged(capture), log);
+    QCOMPARE(::figures(leg), figures == "unchanged" ? before : figures);
 }
 
 QTEST_GUILESS_MAIN(TestT0SymbolInfo)

@@ -1,44 +1,40 @@
-// The multi-strategy (basis / pair) instance: the update-counter guard, the
+// The multi-strategy (basis / pair) instance: the update-counter guard of the
 // two progress feeds (detail metadata and the push batch), the plan read by
 // initialisation and parameter refresh, the modify push, and copies.
 
-#include <algologic.h>
+#include "../common/tabletest.h"
 
-#include "logcapture.h"
+namespace {
 
-#include <QtTest>
-
-namespace P = Multi_Fields::MultiInstProgressFields;
-namespace Detail = Multi_Fields::MulitStrDetailInfo;
-namespace Helm = Algo_Fields::HelmStrategy;
-namespace Strategy = Tessel_Fields::Strategy;
-using Calls = QList<QList<QVariant>>;
-
-// Snapshot n with counter cnt: filled n*100 (running data), exec status "e<n>".
-static QJsonDocument snapshot(int cnt, int n, bool array, qint64 time = 0, bool running = true)
+// "CNT:N[@TIME][!]" is snapshot N with update counter CNT: filled N*100 (running data; "!"
+// without it), exec status "eN", update time TIME; as an array (the detail form) unless it
+// has a time (the push form). Other texts are taken as they are.
+QString text(const QString& token)
 {
-    QJsonObject top{{P::UpdateCnt, cnt}, {"策略状态", QString("e%1").arg(n)}, {"更新时间", time}};
-    top.insert(running ? P::RunningData : "other", QJsonObject{{P::FilledQty, n * 100}});
-    return array ? QJsonDocument(QJsonArray{top}) : QJsonDocument(top);
-}
-// The detail form (an array) and the push form (one object with an update time).
-static QString a(int cnt, int n, bool r = true)
-{
-    return snapshot(cnt, n, true, 0, r).toJson();
-}
-static QString o(int cnt, int n, qint64 time)
-{
-    return snapshot(cnt, n, false, time).toJson();
+    const QRegularExpressionMatch m =
+        QRegularExpression("^(\\d+):(\\d+)(@(\\d+))?(!?)$").match(token);
+    if (!m.hasMatch())
+        return token;
+    const int n = m.captured(2).toInt();
+    QJsonObject top{{"UpdateCnt", m.captured(1).toInt()},
+                    {"策略状态", "e" + m.captured(2)},
+                    {"更新时间", m.captured(4).toLongLong()}};
+    top.insert(m.captured(5).isEmpty() ? "RunningData" : "other",
+               QJsonObject{{"FilledQty", n * 100}});
+    return m.captured(3).isEmpty() ? QJsonDocument(QJsonArray{top}).toJson()
+                                   : QJsonDocument(top).toJson();
 }
 
 // "counter filled exec lamenessFlag"
-static QString probe(const MultiInstanceInfo& m)
+QString probe(const MultiInstanceInfo& m)
 {
     return QString("%1 %2 %3 %4")
         .arg(m.getMultiUpdateCnt())
         .arg(m.getMultiFilledQty(), m.getMultiExecStatus())
         .arg(int(m.getMultiLamenessFlag()));
 }
+
+} // namespace
 
 class TestMultiInstanceInfo : public QObject
 {
@@ -52,124 +48,87 @@ private slots:
         QCOMPARE(m.getMultiUpdateCnt(), 7);
     }
 
-    // Each row after a detail record whose metadata applied snapshot 9 (counter
-    // 1). `results`: what each detail text returned, then the signalled IDs.
+    // Each row after a detail record whose metadata applied snapshot 9 (counter 1). Feeds:
+    // "detail" texts one by one, "push" a batch, "push1" a batch through the one-argument
+    // form. Results: what each detail text returned, then the IDs signalled ("/"); logged: a
+    // warning for "解析失败", else debug lines (";").
     void progressFeeds_data()
     {
-        QTest::addColumn<int>("feed"); // 0 detail, 1 push, 2 push through the one-argument form
-        QTest::addColumn<QStringList>("texts");
-        QTest::addColumn<QString>("expected"); // probe() afterwards
-        QTest::addColumn<QString>("results");
-        QTest::addColumn<QString>("logged"); // a warning for "解析失败", else a debug line
-        QTest::newRow("detail: stale counter ignored, equal one applied without running data")
-            << 0 << QStringList{a(7, 1), a(5, 2), a(7, 3, false)} << "7  e3 1"
-            << "m1||m1"
-            << "";
-        QTest::newRow("detail empty array") << 0 << QStringList{"[]"} << "1 900 e9 1"
-                                            << ""
-                                            << "fillMultiProgressReport 解析失败：[]";
-        QTest::newRow("detail bad JSON")
-            << 0 << QStringList{"[{"} << "1 900 e9 1"
-            << ""
-            << "fillMultiProgressReport json error: progress json:  [{";
-        QTest::newRow("push older time")
-            << 1 << QStringList{o(2, 1, 2), o(3, 2, 1), o(4, 3, 3)} << "2 100 e1 1"
-            << ""
-            << "m1 new timestamp: 1 smaller than old timestamp: 2";
-        QTest::newRow("push counters 3, 3, 4")
-            << 1 << QStringList{o(3, 1, 1), o(3, 2, 2), o(4, 3, 2)} << "4 300 e3 1"
-            << "m1"
-            << "";
-        QTest::newRow("push stale counter")
-            << 1 << QStringList{o(5, 1, 1), o(4, 2, 2), o(6, 3, 3)} << "5 100 e1 1"
-            << ""
-            << "";
-        QTest::newRow("push bad JSON")
-            << 1 << QStringList{o(2, 1, 1), "{bad", o(3, 2, 2)} << "2 100 e1 1"
-            << ""
-            << "OnRecvInstProgressInfo json error: progress json:  {bad";
-        QTest::newRow("push empty batch") << 1 << QStringList{} << "1 900 e9 1"
-                                          << "m1"
-                                          << "";
-        QTest::newRow("push one-argument form") << 2 << QStringList{o(2, 2, 5)} << "2 200 e2 0"
-                                                << "m1"
-                                                << "";
+        TableTest::addRows(R"(
+detail: stale counter ignored, equal one applied without running data | detail | 7:1 5:2 7:3! | 7  e3 1 | m1//m1 |
+detail: empty array, bad JSON | detail | [] [{ | 1 900 e9 1 | / | fillMultiProgressReport 解析失败：[]; fillMultiProgressReport json error: progress json:  [{
+push: older time ends the batch | push | 2:1@2 3:2@1 4:3@3 | 2 100 e1 1 | | m1 new timestamp: 1 smaller than old timestamp: 2
+push: counters 3, 3, 4 | push | 3:1@1 3:2@2 4:3@2 | 4 300 e3 1 | m1 |
+push: stale counter ends the batch | push | 5:1@1 4:2@2 6:3@3 | 5 100 e1 1 | |
+push: bad JSON ends the batch | push | 2:1@1 {bad 3:2@2 | 2 100 e1 1 | | OnRecvInstProgressInfo json error: progress json:  {bad
+push: empty batch still signalled | push | | 1 900 e9 1 | m1 |
+push: one-argument form, no lameness | push1 | 2:2@5 | 2 200 e2 0 | m1 |
+)");
     }
     void progressFeeds()
     {
-        QFETCH(int, feed);
-        QFETCH(QStringList, texts);
-        QFETCH(QString, logged);
+        const std::array<QString, 5> c = TableTest::cells<5>();
+        QString feed = c[0], texts = c[1], expected = c[2], results = c[3], logged = c[4];
         MultiInstanceInfo m;
         m.setInstanceID("m1");
-        m.OnRect_QueryAlgoStrategyResponse_Detail({{Helm::Metadata, a(1, 9)}});
+        m.OnRect_QueryAlgoStrategyResponse_Detail({{"Metadata", text("1:9")}});
         QSignalSpy spy(InstanceMgr::instance(), &InstanceMgr::signalMultiProgressUpdated);
         LogCapture log;
-        QStringList seen;
+        QStringList batch, seen;
+        for (const QString& token : texts.split(' ', Qt::SkipEmptyParts))
+            batch << text(token);
         QMap<QString, QList<QString>> out;
-        for (const QString& text : feed == 0 ? texts : QStringList())
-            seen << m.fillMultiProgressReport(text);
-        if (feed > 0)
-            feed == 1 ? m.OnRecvInstProgressInfo(texts, true, out)
-                      : m.OnRecvInstProgressInfo(texts);
+        if (feed == "detail")
+            for (const QString& t : batch)
+                seen << m.fillMultiProgressReport(t);
+        if (feed == "push")
+            m.OnRecvInstProgressInfo(batch, true, out);
+        if (feed == "push1")
+            m.OnRecvInstProgressInfo(batch);
         for (const QList<QVariant>& arguments : qAsConst(spy))
             seen << arguments.first().toString();
-        QTEST(seen.join('|'), "results");
-        QTEST(probe(m), "expected");
-        const QtMsgType level = logged.contains("解析失败") ? QtWarningMsg : QtDebugMsg;
-        QVERIFY(logged.isEmpty() || log.contains(level, logged));
+        QCOMPARE(seen.join('/'), results);
+        QCOMPARE(probe(m), expected);
+        for (const QString& line : logged.split("; ", Qt::SkipEmptyParts))
+            QVERIFY2(log.contains(line.contains("解析失败") ? QtWarningMsg : QtDebugMsg, line),
+                     qPrintable(line));
     }
 
-    // Initialisation, then a parameter refresh with the same content, over side
-    // "-" and comparison "?". Expected: side|effect|compare|accounts|valid times.
+    // Initialisation, then a parameter refresh with the same content, over side "-" and
+    // comparison "?". Plan: side/effect/compare/accounts/valid times.
     void plan_data()
     {
-        QTest::addColumn<VariantMap>("content");
-        QTest::addColumn<QString>("plan");
-        namespace B = Multi_Fields::MulitStrBasis;
-        namespace PE = Tessel_Values::PositionEffect;
-        const auto basis = [](const QString& type) {
-            const VariantMap b{{B::BasisType, type}, {B::BasisCompare, "<"}};
-            return VariantMap{{Detail::Basis, QVariantList{b}}};
-        };
-        QTest::newRow("forward open") << basis(B::ForwardOpen) << "Buy|" + PE::open + "|<||";
-        QTest::newRow("forward close") << basis(B::ForwardClose) << "Buy|" + PE::close + "|<||";
-        QTest::newRow("reverse open") << basis(B::ReverseOpen) << "Sell|" + PE::open + "|<||";
-        QTest::newRow("reverse close") << basis(B::ReverseClose) << "Sell|" + PE::close + "|<||";
-        QTest::newRow("unknown type unchanged") << basis("Sideways") << "-||<||";
-        namespace T = Multi_Fields::MulitTableInfo;
-        const auto acc = [](const char* id) { return VariantMap{{T::TradingAccount, id}}; };
-        const VariantMap listA{{"legs", QVariantList{acc("b")}}};
-        const VariantMap listB{{"legs", QVariantList{acc(""), acc("A")}}};
-        QTest::newRow("accounts distinct over table and lists, comparison kept")
-            << VariantMap{{Detail::StrategyID, QVariantList{acc("a"), acc("a"), acc("b")}},
-                          {Detail::SymbolListA, listA},
-                          {Detail::SymbolListB, listB}}
-            << "-||?|a,b,A|";
-        namespace E = Multi_Fields::MulitEffectTime;
-        const VariantMap am{{E::EffectTimeStart, "09:30:00"}, {E::EffectTimeEnd, "11:30:00"}};
-        const VariantMap pm{{E::EffectTimeStart, "13:00:00"}, {E::EffectTimeEnd, "14:57:00"}};
-        QTest::newRow("single range")
-            << VariantMap{{Detail::EffectTime, am}} << "-||?||09:30:00-11:30:00";
-        QTest::newRow("range list") << VariantMap{{Detail::EffectTime, QVariantList{am, pm}}}
-                                    << "-||?||09:30:00-11:30:00,13:00:00-14:57:00";
+        TableTest::addRows(R"(
+forward open | {"Basis":[{"BasisType":"ForwardOpen","BasisCompare":"<"}]} | Buy/Open/<//
+forward close | {"Basis":[{"BasisType":"ForwardClose","BasisCompare":"<"}]} | Buy/Close/<//
+reverse open | {"Basis":[{"BasisType":"ReverseOpen","BasisCompare":"<"}]} | Sell/Open/<//
+reverse close | {"Basis":[{"BasisType":"ReverseClose","BasisCompare":"<"}]} | Sell/Close/<//
+unknown type unchanged | {"Basis":[{"BasisType":"Sideways","BasisCompare":"<"}]} | -//<//
+accounts distinct over table and lists, comparison kept | {"StrategyID":[{"TradingAccount":"a"},{"TradingAccount":"a"},{"TradingAccount":"b"}],"SymbolListA":{"legs":[{"TradingAccount":"b"}]},"SymbolListB":{"legs":[{"TradingAccount":""},{"TradingAccount":"A"}]}} | -//?/a,b,A/
+single range | {"EffectTime":{"EffectTimeStart":"09:30:00","EffectTimeEnd":"11:30:00"}} | -//?//09:30:00-11:30:00
+range list | {"EffectTime":[{"EffectTimeStart":"09:30:00","EffectTimeEnd":"11:30:00"},{"EffectTimeStart":"13:00:00","EffectTimeEnd":"14:57:00"}]} | -//?//09:30:00-11:30:00,13:00:00-14:57:00
+)");
     }
     void plan()
     {
-        QFETCH(VariantMap, content);
+        const std::array<QString, 2> c = TableTest::cells<2>();
+        QString content = c[0], plan = c[1];
         MultiInstanceInfo m;
         m.setMultiTradeSide("-");
         m.setMultiBasisCompare("?");
-        m.initSymbolInfo(content, {});
-        m.setParams(QJsonDocument::fromVariant(content).toJson());
-        const QStringList plan{m.getMultiTradeSide(), m.getMultiOpenOrClose(),
-                               m.getMultiBasisCompare(), m.getMultiTradingAccountLst().join(','),
-                               m.getMultiValidTime().join(',')};
-        QTEST(plan.join('|'), "plan");
+        m.initSymbolInfo(TableTest::record(content), {});
+        m.setParams(content);
+        QCOMPARE((QStringList() << m.getMultiTradeSide() << m.getMultiOpenOrClose()
+                                << m.getMultiBasisCompare()
+                                << m.getMultiTradingAccountLst().join(',')
+                                << m.getMultiValidTime().join(','))
+                     .join('/'),
+                 plan);
     }
 
-    // Pushes in turn, each over the state the one before left: parameters, status,
-    // remark, alias, start time, comments, target, leg (keyed by the instance-level side).
+    // An unacknowledged push, then an acknowledged one: parameters, status, remark, alias,
+    // start time, comments, target (display factor 10), the leg keyed by the instance-level
+    // side. A broken parameter text: tst_badinput.
     void modifyPush()
     {
         HelmBusinessDataInterface::SetDispFactor("600000", 10);
@@ -178,46 +137,38 @@ private slots:
         m.setInstanceComments("c0");
         QSignalSpy spy(InstanceMgr::instance(), &InstanceMgr::signalModifyPush);
         const auto push = [&m](const QString& ack, const QString& params) {
-            m.OnRecv_InstModifyPush({{{Helm::ExecAckStatus, ack},
-                                      {Strategy::strategyStatus, "1"},
-                                      {Strategy::strategyParas, params},
-                                      {Helm::StrategyAlterComment, "alter"},
-                                      {Strategy::StrategyInstanceAlias, "alias2"},
-                                      {Helm::AlgStartTime, "20240105-09:30:00"}}});
-            auto* sym = m.getSymbolInfo(InstanceMgr::GetSymbolExtInfoKey("m1", "600000", "Buy"));
-            return QStringList{m.params(),
-                               m.status(),
-                               m.remark(),
-                               m.instanceAlias(),
-                               m.startTime().toString("yyyyMMdd-hh:mm"),
-                               m.getInstanceComments(),
-                               QString::number(m.targetQty()),
-                               sym ? sym->limitPrice() : "-"}
+            VariantMap record = TableTest::record(
+                R"({"strategyStatus":"1","StrategyAlterComment":"alter","StrategyInstanceAlias":)"
+                R"("alias2","AlgStartTime":"20240105-09:30:00"})");
+            record.insert("ExecAckStatus", ack), record.insert("strategyParas", params);
+            m.OnRecv_InstModifyPush({record});
+            const SymbolInfoBase* leg = m.getSymbolInfo("m1_600000_Buy");
+            return (QStringList() << m.params() << m.status() << m.remark() << m.instanceAlias()
+                                  << m.startTime().toString("yyyyMMdd-hh:mm")
+                                  << m.getInstanceComments() << QString::number(m.targetQty())
+                                  << (leg ? leg->limitPrice() : "-"))
                 .join('|');
         };
         const QString full =
             R"({"OrderSide":"Buy","comment":"new","SymbolParamKey":[{"Symbol":)"
             R"("600000","OrderSide":"Sell","PriceLimits":"10.5","Quantity":100}]})";
-        QCOMPARE(push("0", full), QStringLiteral("|||||c0|0|-"));             // not acknowledged
-        QCOMPARE(push("1", "{broken"), QStringLiteral("{broken|||||c0|0|-")); // no signal
+        QCOMPARE(push("0", full), QStringLiteral("|||||c0|0|-"));
         QCOMPARE(push("1", full), full + "|1|alter|alias2|20240105-09:30|new|1000|10.5");
+        using Calls = QList<QList<QVariant>>;
         QCOMPARE(Calls(spy), (Calls{{"m1", "0", "alter"}, {"m1", "1", "alter"}}));
     }
 
-    void registryTagAndCopies()
+    void copiesAreIndependent()
     {
-        std::unique_ptr<InstanceInfoBase> created(InstanceMgr::instance()->CreateInstance(
-            Algo_Values::AlgoGlobalType::multiStr, VariantMap(), QStringLiteral("Pair")));
-        QCOMPARE(created->getClassType(), QStringLiteral("Multi"));
-        auto& source = dynamic_cast<MultiInstanceInfo&>(*created);
-        source.fillMultiProgressReport(a(8, 1));
+        MultiInstanceInfo source;
+        source.fillMultiProgressReport(text("8:1"));
         source.AddSymbolInfo(new SymbolInfoBase);
         MultiInstanceInfo constructed(source), assigned;
         assigned = source;
         for (MultiInstanceInfo* copy : {&constructed, &assigned}) {
             QCOMPARE(probe(*copy), QStringLiteral("8 100 e1 1"));
             QVERIFY(copy->getSymbolInfo("") && copy->getSymbolInfo("") != source.getSymbolInfo(""));
-            copy->fillMultiProgressReport(a(9, 2)); // must not reach the source
+            copy->fillMultiProgressReport(text("9:2")); // must not reach the source
         }
         QCOMPARE(probe(source), QStringLiteral("8 100 e1 1"));
     }
