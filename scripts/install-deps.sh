@@ -3,14 +3,14 @@
 # Does nothing when everything is already there. Run as root.
 #   bash scripts/install-deps.sh [clang] [benchmark]
 # clang: Clang with libFuzzer and its sanitizer runtimes (fuzzing);
-# benchmark: Google Benchmark (bench/).
+# benchmark: Google Benchmark and Python (bench/, scripts/bench_table.py).
 set -euo pipefail
 
 packages=(cmake make g++ qtbase5-dev fonts-wqy-microhei)
 for extra in "$@"; do
     case "$extra" in
         clang) packages+=(clang libclang-rt-14-dev) ;;
-        benchmark) packages+=(libbenchmark-dev) ;;
+        benchmark) packages+=(libbenchmark-dev python3) ;;
         *) echo "unknown group: $extra" >&2; exit 2 ;;
     esac
 done

@@ -24,12 +24,17 @@ ContentWriteSection::~ContentWriteSection()
     if (t_depth > 0)
         return;
     // A receiver may route more traffic and so queue more notifications.
+    std::vector<std::function<void()>> pending;
     while (!t_pending.empty()) {
-        std::vector<std::function<void()>> pending;
         pending.swap(t_pending);
         for (const std::function<void()>& emitter : pending)
             emitter();
+        pending.clear();
     }
+    // Hand the capacity back, so that the next section queues without
+    // allocating the vector again.
+    if (t_pending.capacity() < pending.capacity())
+        t_pending.swap(pending);
 }
 
 void ContentWriteSection::notify(std::function<void()> emitter)

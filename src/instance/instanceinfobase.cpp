@@ -1,6 +1,7 @@
 #include "instance/instanceinfobase.h"
 
 #include "common/algoconstants.h"
+#include "instance/instancefilterindex.h"
 #include "instance/instancemgr.h"
 #include "platform/algodefines.h"
 #include "strategy/strategymgr.h"
@@ -111,6 +112,7 @@ InstanceInfoBase& InstanceInfoBase::operator=(const InstanceInfoBase& other)
     m_classType = other.m_classType;
     m_basePrice = other.m_basePrice;
     m_createUser = other.m_createUser;
+    noteFilterFieldsChanged();
 
     QMap<QString, SymbolInfoBase*> legs;
     for (auto it = other.m_symbolMap.cbegin(); it != other.m_symbolMap.cend(); ++it) {
@@ -128,6 +130,7 @@ InstanceInfoBase& InstanceInfoBase::operator=(const InstanceInfoBase& other)
 
 InstanceInfoBase::~InstanceInfoBase()
 {
+    InstanceFilterIndex::forget(this);
     deleteLegs();
 }
 
@@ -150,6 +153,56 @@ void InstanceInfoBase::OnRecv_DeleteAlgoInstanceResponse(const VariantMap& recor
 {
     Q_UNUSED(record)
     m_strategyDeleted = Algo_Values::AlgoDeleteStatus::deleted;
+    noteFilterFieldsChanged();
+}
+
+// ---- fields the registry's queries filter on ----------------------------------
+
+void InstanceInfoBase::noteFilterFieldsChanged() const
+{
+    InstanceFilterIndex::noteFieldsChanged(this);
+}
+
+namespace {
+
+// Assigns and tells whether the text changed.
+bool assignText(QString& field, const QString& value)
+{
+    const bool changed = field != value;
+    field = value;
+    return changed;
+}
+
+} // namespace
+
+void InstanceInfoBase::setInstAlgoType(const QString& type)
+{
+    if (assignText(m_instAlgoType, type))
+        noteFilterFieldsChanged();
+}
+
+void InstanceInfoBase::setInstanceID(const QString& id)
+{
+    if (assignText(m_instanceID, id))
+        noteFilterFieldsChanged();
+}
+
+void InstanceInfoBase::setStrategyName(const QString& name)
+{
+    if (assignText(m_strategyName, name))
+        noteFilterFieldsChanged();
+}
+
+void InstanceInfoBase::setStrategyDeleted(const QString& deleted)
+{
+    if (assignText(m_strategyDeleted, deleted))
+        noteFilterFieldsChanged();
+}
+
+void InstanceInfoBase::setCreateUser(const QString& user)
+{
+    if (assignText(m_createUser, user))
+        noteFilterFieldsChanged();
 }
 
 // ---- status and progress rules ------------------------------------------------

@@ -158,16 +158,16 @@ public:
     // ---- plain accessors ---------------------------------------------------
 
     QString instAlgoType() const { return m_instAlgoType; }
-    void setInstAlgoType(const QString& type) { m_instAlgoType = type; }
+    void setInstAlgoType(const QString& type);
 
     QString instanceID() const { return m_instanceID; }
-    void setInstanceID(const QString& id) { m_instanceID = id; }
+    void setInstanceID(const QString& id);
 
     QString clInstanceID() const { return m_clInstanceID; }
     void setclInstanceID(const QString& id) { m_clInstanceID = id; }
 
     QString strategyName() const { return m_strategyName; }
-    void setStrategyName(const QString& name) { m_strategyName = name; }
+    void setStrategyName(const QString& name);
 
     // Stores the text, then calls UpdateParamMap with it.
     QString params() const { return m_params; }
@@ -261,7 +261,7 @@ public:
     void setCPU(double cpu) { m_CPU = cpu; }
 
     QString getStrategyDeleted() const { return m_strategyDeleted; }
-    void setStrategyDeleted(const QString& deleted) { m_strategyDeleted = deleted; }
+    void setStrategyDeleted(const QString& deleted);
 
     // "info", "Multi" or "T0"; decides the leg class of a copy.
     QString getClassType() const { return m_classType; }
@@ -271,9 +271,17 @@ public:
     void setBasePrice(const QString& price) { m_basePrice = price; }
 
     QString getCreateUser() const { return m_createUser; }
-    void setCreateUser(const QString& user) { m_createUser = user; }
+    void setCreateUser(const QString& user);
 
 protected:
+    // Tells the registry's query index that the instance ID, algo type,
+    // creator, strategy name or deleted flag may have changed. The library
+    // calls it wherever it writes those members (the setters above included);
+    // a subclass that writes them itself must call it too, before the
+    // content lock it writes under is released. (Handlers that the routers
+    // call are watched by the routers as well.)
+    void noteFilterFieldsChanged() const;
+
     // The instance-level fields of record 0 of a status or modify push.
     struct PushHeader
     {

@@ -7,6 +7,7 @@
 #include "common/algoconstants.h"
 #include "common/logging.h"
 #include "instance/instancemgr.h"
+#include "instance/paramtextcache.h"
 #include "platform/algodefines.h"
 #include "platform/helmbusinessdata.h"
 #include "strategy/strategymgr.h"
@@ -91,14 +92,15 @@ void mergeInto(VariantMap& target, const VariantMap& record)
 
 QString InstanceInfoBase::getParamFromJosn(const QString& json, const QString& key)
 {
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(json.toUtf8(), &error);
-    if (error.error != QJsonParseError::NoError) {
+    // Callers ask for several keys of one text in a row: the parse is shared.
+    const AlgoLogic::ParsedParamText parsed = AlgoLogic::parseParamText(json);
+    if (parsed.error.error != QJsonParseError::NoError) {
         qCDebug(lcAlgoInstance).noquote() << "InstanceInfoBase::getParamFromJosn"
-                                          << "###json error info:" << error.errorString();
+                                          << "###json error info:" << parsed.error.errorString();
         return QString();
     }
-    return document.toVariant().toMap().value(key).toString();
+    // A text that is not an object has no keys.
+    return parsed.object.value(key).toString();
 }
 
 QString InstanceInfoBase::fillMetaData(const QString& metaData)
@@ -161,6 +163,7 @@ void InstanceInfoBase::initInfo(VariantMap record)
     applyParamDerivedFields(true);
     m_createUser = record.value(UserAccount::userID).toString();
     m_dataMap = record;
+    noteFilterFieldsChanged();
 }
 
 void InstanceInfoBase::initSymbolInfo(const VariantMap& record, const VariantMap& params)
@@ -242,15 +245,20 @@ int InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse(const VariantMap& record,
 
     // The deletion state travels with every answer: the router reports
     // deleted instances from it.
-    if (hasDeletion)
+    if (hasDeletion && m_strategyDeleted != deletion) {
         m_strategyDeleted = deletion;
+        noteFilterFieldsChanged();
+    }
 
     if (isNew) {
         m_instanceAlias = record.value(Strategy::StrategyInstanceAlias).toString();
         setStatus(status);
-        m_instAlgoType = strategy.algoType();
         // A new instance knows its algo only from this answer.
-        m_strategyName = strategyName;
+        if (m_instAlgoType != strategy.algoType() || m_strategyName != strategyName) {
+            m_instAlgoType = strategy.algoType();
+            m_strategyName = strategyName;
+            noteFilterFieldsChanged();
+        }
         bool anyTime = false;
         for (int i = 0; i < 3; ++i) {
             if (record.contains(timeKeys[i])) {
@@ -261,9 +269,11 @@ int InstanceInfoBase::OnRecv_QueryAlgoStrategyResponse(const VariantMap& record,
         return anyTime ? kNewInstanceWithTime : kNewInstanceWithoutTime;
     }
 
-    if (strategy.algoType() == Algo_Values::AlgoGlobalType::multiStr || m_instAlgoType.isEmpty()) {
+    if ((strategy.algoType() == Algo_Values::AlgoGlobalType::multiStr || m_instAlgoType.isEmpty())
+        && (m_strategyName != strategyName || m_instAlgoType != strategy.algoType())) {
         m_strategyName = strategyName;
         m_instAlgoType = strategy.algoType();
+        noteFilterFieldsChanged();
     }
     if (record.contains(Strategy::StrategyInstanceAlias))
         m_instanceAlias = record.value(Strategy::StrategyInstanceAlias).toString();
@@ -329,20 +339,21 @@ void InstanceInfoBase::OnRect_QueryAlgoStrategyResponse_Detail(const VariantMap&
     if (record.contains(Algo_Fields::HelmStrategy::Metadata))
         m_basePrice = fillMetaData(record.value(Algo_Fields::HelmStrategy::Metadata).toString());
     mergeInto(m_dataMap, record);
+    // The ID, name and algo type may have been taken from the record.
+    noteFilterFieldsChanged();
 }
 
 void InstanceInfoBase::UpdateParamMap(const QString& params)
 {
     if (params.isEmpty())
         return;
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(params.toUtf8(), &error);
-    if (error.error != QJsonParseError::NoError || !document.isObject()) {
+    const AlgoLogic::ParsedParamText parsed = AlgoLogic::parseParamText(params);
+    if (parsed.error.error != QJsonParseError::NoError || !parsed.isObject) {
         qCDebug(lcAlgoInstance).noquote() << "InstanceInfoBase::UpdateParamMap"
-                                          << "###json error info:" << error.errorString();
+                                          << "###json error info:" << parsed.error.errorString();
         return;
     }
-    const VariantMap map = document.object().toVariantMap();
+    const VariantMap& map = parsed.object;
     namespace ContentKey = Algo_Fields::AlgoInstContentInfo;
 
     QString startOfDay;

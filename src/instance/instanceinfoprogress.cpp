@@ -9,10 +9,12 @@
 #include "common/numbers.h"
 #include "instance/contentwritesection.h"
 #include "instance/instancemgr.h"
+#include "instance/symbolkeyparts.h"
 #include "platform/algodefines.h"
 #include "platform/helmbusinessdata.h"
 
 #include <QHash>
+#include <QSet>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonParseError>
@@ -33,6 +35,13 @@ struct GatherEntry
     double entrustedAmount = 0.0;
 };
 
+// The figures of a leg the answer does not mention.
+const GatherEntry kNoEntry;
+
+// StandardProgressAlgoNames as a set: asked once per progress answer.
+const QSet<QString> kAmountDrivenAlgos(StandardProgressAlgoNames.cbegin(),
+                                       StandardProgressAlgoNames.cend());
+
 bool isGridStrategy(const QString& name)
 {
     return name == AlgoConst::AlgoGridTrading || name == AlgoConst::AlgoGridTradingYmd;
@@ -42,6 +51,10 @@ bool isGridStrategy(const QString& name)
 // those of its orderInfo part (an object or the JSON text of one) on top.
 VariantMap legReportFields(VariantMap report)
 {
+    // Without an orderInfo part the report is taken as it is, still shared
+    // with the caller's map (take() would copy the whole map first).
+    if (!report.contains(Algo_Fields::AlgoInstProgressFields::orderInfo))
+        return report;
     const QVariant orderInfo = report.take(Algo_Fields::AlgoInstProgressFields::orderInfo);
     VariantMap details = orderInfo.toMap();
     if (details.isEmpty() && orderInfo.type() == QVariant::String)
@@ -60,6 +73,7 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
     const QString key = records.first().value(Tessel_Fields::Strategy::strategyID).toString();
 
     QHash<QString, GatherEntry> entries;
+    entries.reserve(records.size());
     const bool grid = isGridStrategy(m_strategyName);
     double targetSum = 0.0;
     double filledSum = 0.0;
@@ -114,7 +128,7 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
     setProgrees(AlgoLogic::safeRatio(filledSum, m_targetQty));
     setAmountProgress(AlgoLogic::safeRatio(filledAmountSum, m_targetAmount));
 
-    const bool amountDriven = StandardProgressAlgoNames.contains(m_strategyName);
+    const bool amountDriven = kAmountDrivenAlgos.contains(m_strategyName);
     QList<QString> updatedKeys;
     QHash<QString, double> remaining;
     for (auto it = m_symbolMap.cbegin(); it != m_symbolMap.cend(); ++it) {
@@ -125,10 +139,12 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
                 << "null ptr" << it.key();
             continue;
         }
-        const QString symbol = InstanceMgr::getSymbolFromSymbolKey(leg->getKey());
-        const QString symbolSide = InstanceMgr::getSymbolOrdeSideFromKey(leg->getKey());
+        const QString legKey = leg->getKey();
+        const AlgoLogic::SymbolKeyParts parts(legKey);
+        const QString symbol = parts.symbol();
+        const QString symbolSide = parts.symbolSide();
         const auto found = entries.constFind(symbolSide);
-        const GatherEntry entry = found != entries.constEnd() ? found.value() : GatherEntry();
+        const GatherEntry& entry = found != entries.constEnd() ? found.value() : kNoEntry;
 
         leg->setDealBalance(entry.filledAmount);
         leg->setFilledQty(entry.filledQty);
@@ -153,14 +169,15 @@ void InstanceInfoBase::OnRecv_StrategyProgressGatherResponse(const VariantMapLis
         setFinalProgress(true);
     }
 
-    InstanceMgr* mgr = InstanceMgr::instance();
-    if (!updatedKeys.isEmpty()) {
-        ContentWriteSection::notify(
-            [mgr, key, updatedKeys] { emit mgr->signalProgressUpdated(key, updatedKeys); });
-    }
-    if (!remaining.isEmpty()) {
-        ContentWriteSection::notify(
-            [mgr, key, remaining] { emit mgr->sigSymbolRemainQty(key, remaining); });
+    // Both notifications in one queued call: the same order, one allocation.
+    if (!updatedKeys.isEmpty() || !remaining.isEmpty()) {
+        ContentWriteSection::notify([key, updatedKeys, remaining] {
+            InstanceMgr* mgr = InstanceMgr::instance();
+            if (!updatedKeys.isEmpty())
+                emit mgr->signalProgressUpdated(key, updatedKeys);
+            if (!remaining.isEmpty())
+                emit mgr->sigSymbolRemainQty(key, remaining);
+        });
     }
 }
 

@@ -6,6 +6,7 @@
 #include "common/logging.h"
 #include "instance/contentwritesection.h"
 #include "instance/instancemgr.h"
+#include "instance/paramtextcache.h"
 #include "platform/algodefines.h"
 #include "platform/businessdata.h"
 #include "platform/helmbusinessdata.h"
@@ -136,9 +137,8 @@ void InstanceInfoBase::OnRecv_InstModifyPush(const VariantMapList& records)
         if (!paras.isEmpty())
             takeParameters(paras);
 
-        QJsonParseError error;
-        const QJsonDocument document = QJsonDocument::fromJson(paras.toUtf8(), &error);
-        const VariantMap params = document.object().toVariantMap();
+        // The same text takeParameters() has just read: its parse is reused.
+        const VariantMap params = AlgoLogic::parseParamText(paras).object;
         namespace ContentKey = Algo_Fields::AlgoInstContentInfo;
         const QVariantList securities =
             listValue(params, instruction ? Algo_Values::AlgoParamId::InstructionAlgoSecurityList

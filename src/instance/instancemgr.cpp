@@ -4,7 +4,9 @@
 #include "common/algoconstants.h"
 #include "common/logging.h"
 #include "common/metatypes.h"
+#include "instance/instancefilterindex.h"
 #include "instance/instanceinfobase.h"
+#include "instance/symbolkeyparts.h"
 #include "platform/algodefines.h"
 #include "platform/businessdata.h"
 #include "symbol/t0symbolinfo.h"
@@ -109,6 +111,8 @@ void InstanceMgr::InsertNewInstance(InstanceInfoBase* inst)
     if (previous && previous != inst)
         m_retiredInstances.append(previous);
     m_mapInstance.insert(instanceID, inst);
+    m_hashInstance.insert(instanceID, inst);
+    InstanceFilterIndex::noteKeyChanged(instanceID);
     const QString clInstanceID = inst->clInstanceID();
     if (clInstanceID.isEmpty())
         return;
@@ -134,21 +138,29 @@ void InstanceMgr::DeleteInstance(const QString& instanceID)
         m_retiredInstances.append(inst);
     }
     m_mapInstance.remove(instanceID);
+    m_hashInstance.remove(instanceID);
+    InstanceFilterIndex::noteKeyChanged(instanceID);
 }
 
 bool InstanceMgr::ContainsInstance(const QString& instanceID)
 {
     AlgoLogic::ReadLocker locker(&m_lockInstance);
-    return m_mapInstance.contains(instanceID);
+    return m_hashInstance.contains(instanceID);
 }
 
 InstanceInfoBase* InstanceMgr::GetInstanceInfo(const QString& instanceID)
 {
     AlgoLogic::ReadLocker locker(&m_lockInstance);
-    return m_mapInstance.value(instanceID, nullptr);
+    return m_hashInstance.value(instanceID, nullptr);
 }
 
 // ---- queries --------------------------------------------------------------------------
+
+// The filtering queries answer from the registry's index of the filter fields
+// (InstanceFilterIndex) rather than by reading every instance: the index is
+// brought up to date under the same locks the walk over the registry takes,
+// so the answers are the walk's. The registry never holds a null pointer
+// (InsertNewInstance refuses one), so the walk's null-pointer branch is moot.
 
 QList<QString> InstanceMgr::GetAllInstanceIDs(const QString& algoType)
 {
@@ -157,35 +169,10 @@ QList<QString> InstanceMgr::GetAllInstanceIDs(const QString& algoType)
     if (algoType == Algo_Values::AlgoGlobalType::unknown)
         return m_mapInstance.keys();
 
-    QList<QString> ids;
     AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
-    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
-        if (!inst) {
-            qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDs" << "null ptr"
-                                              << algoType;
-            continue;
-        }
-        if (inst->instAlgoType() == algoType || algoType == Algo_Values::AlgoGlobalType::all)
-            ids.append(inst->instanceID());
-    }
-    return ids;
+    return InstanceFilterIndex::registryIndex().ids(
+        m_mapInstance, algoType, algoType == Algo_Values::AlgoGlobalType::all);
 }
-
-namespace {
-
-// The creator filter of the "except deleted" queries.
-bool createdByLoginOrNobody(const InstanceInfoBase* inst, const QString& loginAccount)
-{
-    const QString creator = inst->getCreateUser();
-    return creator.isEmpty() || creator == loginAccount;
-}
-
-bool isDeleted(const InstanceInfoBase* inst)
-{
-    return inst->getStrategyDeleted() == Algo_Values::AlgoDeleteStatus::deleted;
-}
-
-} // namespace
 
 QStringList InstanceMgr::GetAllInstanceIDsExceptDeleted(const QString& algoType, bool allCreators)
 {
@@ -197,21 +184,10 @@ QStringList InstanceMgr::GetAllInstanceIDsExceptDeleted(const QString& algoType,
 
     const QString login =
         allCreators ? QString() : CBusinessDataBase::GetInstance()->GetLoginAccount();
-    QStringList ids;
     AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
-    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
-        if (!inst) {
-            qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetAllInstanceIDsExceptDeleted"
-                                              << "null ptr" << algoType;
-            continue;
-        }
-        if (isDeleted(inst) || inst->instAlgoType() != algoType)
-            continue;
-        if (!allCreators && !createdByLoginOrNobody(inst, login))
-            continue;
-        ids.append(inst->instanceID());
-    }
-    return ids;
+    // Here "All" is a type text like any other, not a wildcard.
+    return InstanceFilterIndex::registryIndex().liveIds(m_mapInstance, algoType, false,
+                                                         allCreators, login);
 }
 
 QStringList InstanceMgr::GetAllInstanceIDsExceptDeletedForAllType(bool allCreators)
@@ -219,16 +195,9 @@ QStringList InstanceMgr::GetAllInstanceIDsExceptDeletedForAllType(bool allCreato
     AlgoLogic::ReadLocker registryLocker(&m_lockInstance);
     const QString login =
         allCreators ? QString() : CBusinessDataBase::GetInstance()->GetLoginAccount();
-    QStringList ids;
     AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
-    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
-        if (!inst || isDeleted(inst))
-            continue;
-        if (!allCreators && !createdByLoginOrNobody(inst, login))
-            continue;
-        ids.append(inst->instanceID());
-    }
-    return ids;
+    return InstanceFilterIndex::registryIndex().liveIds(m_mapInstance, QString(), true,
+                                                         allCreators, login);
 }
 
 QStringList InstanceMgr::GetInstanceIDsForSpecialAlgoName(const QStringList& algoNames)
@@ -236,18 +205,8 @@ QStringList InstanceMgr::GetInstanceIDsForSpecialAlgoName(const QStringList& alg
     AlgoLogic::ReadLocker registryLocker(&m_lockInstance);
     qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetInstanceIDsForSpecialAlgoName"
                                       << algoNames;
-    QStringList ids;
     AlgoLogic::ReadLocker contentLocker(g_instanceContentLock);
-    for (InstanceInfoBase* inst : qAsConst(m_mapInstance)) {
-        if (!inst) {
-            qCDebug(lcAlgoInstance).noquote() << "InstanceMgr::GetInstanceIDsForSpecialAlgoName"
-                                              << "null ptr";
-            continue;
-        }
-        if (algoNames.contains(inst->strategyName()))
-            ids.append(inst->instanceID());
-    }
-    return ids;
+    return InstanceFilterIndex::registryIndex().idsWithNames(m_mapInstance, algoNames);
 }
 
 QMap<QString, InstanceInfoBase*> InstanceMgr::GetInstanceInfoForAllType()
@@ -284,31 +243,29 @@ QString InstanceMgr::GetInstanceIDByClInstID(const QString& clInstanceID)
 QString InstanceMgr::GetSymbolExtInfoKey(const QString& instanceID, const QString& symbol,
                                          QString side)
 {
-    return QStringLiteral("%1_%2_%3").arg(instanceID, symbol, side);
+    // Plain concatenation gives what "%1_%2_%3".arg(...) gives: a multi-argument
+    // arg() substitutes in one pass, so a "%" inside a part stays as it is.
+    return instanceID % kKeySeparator % symbol % kKeySeparator % side;
 }
 
 QString InstanceMgr::getInstIdFromSymbolKey(const QString& key)
 {
-    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
-    return parts.size() >= 2 ? parts.at(0) : QString();
+    return AlgoLogic::SymbolKeyParts(key).instanceID();
 }
 
 QString InstanceMgr::getSymbolFromSymbolKey(const QString& key)
 {
-    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
-    return parts.size() >= 2 ? parts.at(1) : QString();
+    return AlgoLogic::SymbolKeyParts(key).symbol();
 }
 
 QString InstanceMgr::getSideFromSymbolKey(const QString& key)
 {
-    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
-    return parts.size() >= 3 ? parts.at(2) : QString();
+    return AlgoLogic::SymbolKeyParts(key).side();
 }
 
 QString InstanceMgr::getSymbolOrdeSideFromKey(QString key)
 {
-    const QStringList parts = key.split(kKeySeparator, Qt::KeepEmptyParts, Qt::CaseSensitive);
-    return parts.size() >= 3 ? parts.at(1) + kKeySeparator + parts.at(2) : QString();
+    return AlgoLogic::SymbolKeyParts(key).symbolSide();
 }
 
 SymbolInfoBase* InstanceMgr::getSymbolInfo(QString key)

@@ -193,6 +193,9 @@ private:
     QList<T*> GetInstanceInfoList(const QString& algoType);
 
     QMap<QString, InstanceInfoBase*> m_mapInstance; // guarded by m_lockInstance
+    // The same entries hashed, for the routers' lookups by ID: constant time
+    // however many instances are registered. Guarded by m_lockInstance.
+    QHash<QString, InstanceInfoBase*> m_hashInstance;
     QMap<QString, QString> m_mapClInstToInst;       // guarded by m_lockInstance
     QReadWriteLock m_lockInstance;                  // the registry lock
     // Forgotten or replaced instances, kept reachable and alive.

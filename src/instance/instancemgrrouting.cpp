@@ -7,6 +7,7 @@
 
 #include "common/logging.h"
 #include "instance/contentwritesection.h"
+#include "instance/instancefilterindex.h"
 #include "instance/instanceinfobase.h"
 #include "platform/algodefines.h"
 #include "strategy/strategymgr.h"
@@ -23,7 +24,7 @@ bool InstanceMgr::routeByFirstRecord(const VariantMapList& records, RecordsHandl
     if (records.isEmpty())
         return false;
     // Records after the first are not looked at here: the handler gets them all.
-    const VariantMap first = records.first();
+    const VariantMap& first = records.first();
     instanceID = first.value(Tessel_Fields::Strategy::strategyID).toString();
     InstanceInfoBase* inst = GetInstanceInfo(instanceID);
     if (trace)
@@ -31,6 +32,7 @@ bool InstanceMgr::routeByFirstRecord(const VariantMapList& records, RecordsHandl
     if (!inst)
         return false;
     ContentWriteSection section;
+    FilterFieldsWatch watch(inst);
     (inst->*handler)(records);
     return true;
 }
@@ -55,6 +57,7 @@ void InstanceMgr::OnRecv_QueryAlgoStrategyResponse(const VariantMapList& records
             bool isDeleted = false;
             {
                 ContentWriteSection section;
+                FilterFieldsWatch watch(inst);
                 if (inst->clInstanceID().isEmpty()) {
                     const QString clId = record.value(Helm_Fields::Strategy::clAlgoID).toString();
                     if (!clId.isEmpty())
@@ -85,6 +88,7 @@ void InstanceMgr::OnRecv_QueryAlgoStrategyResponse(const VariantMapList& records
             bool isDeleted = false;
             {
                 ContentWriteSection section;
+                FilterFieldsWatch watch(inst);
                 flags = inst->OnRecv_QueryAlgoStrategyResponse(record, true);
                 isDeleted =
                     inst->getStrategyDeleted() == Algo_Values::AlgoDeleteStatus::deleted;
@@ -151,6 +155,7 @@ int InstanceMgr::OnRecv_InstStatusUpdate(const QString& instanceID, const Varian
     QString status;
     {
         ContentWriteSection section;
+        FilterFieldsWatch watch(inst);
         inst->OnRecv_InstStatusUpdate(records);
         status = inst->status();
     }
@@ -173,6 +178,7 @@ bool InstanceMgr::onRecv_InstModifyPush(const QString& instanceID, const Variant
         return false;
     }
     ContentWriteSection section;
+    FilterFieldsWatch watch(inst);
     inst->OnRecv_InstModifyPush(records);
     return true;
 }
@@ -197,5 +203,6 @@ void InstanceMgr::UpdateSymbolExtInfoByParams(InstanceInfoBase* inst, const Vari
             extInfo.insert(GetSymbolExtInfoKey(instanceID, symbol, side), QVariant(record));
         }
     }
+    FilterFieldsWatch watch(inst);
     inst->initSymbolInfo(params, extInfo);
 }

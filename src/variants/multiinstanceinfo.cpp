@@ -5,6 +5,7 @@
 #include "common/numbers.h"
 #include "instance/contentwritesection.h"
 #include "instance/instancemgr.h"
+#include "instance/paramtextcache.h"
 #include "platform/algodefines.h"
 #include "platform/helmbusinessdata.h"
 
@@ -280,7 +281,7 @@ void MultiInstanceInfo::initInfo(VariantMap record)
 void MultiInstanceInfo::UpdateParamMap(const QString& params)
 {
     InstanceInfoBase::UpdateParamMap(params);
-    const VariantMap map = QJsonDocument::fromJson(params.toUtf8()).object().toVariantMap();
+    const VariantMap map = AlgoLogic::parseParamText(params).object;
     const QVariantList basis = asList(map.value(DetailKey::Basis));
     if (!basis.isEmpty())
         m_multiBasisCompare = basis.first().toMap().value(BasisKey::BasisCompare).toString();
@@ -375,11 +376,10 @@ void MultiInstanceInfo::OnRecv_InstModifyPush(const VariantMapList& records)
         setOpenSide(getParamFromJosn(params, Algo_Values::AlgoParamId::OpenClose));
         setInvestType(getParamFromJosn(params, Algo_Values::AlgoParamId::InvestType));
 
-        QJsonParseError error;
-        const QJsonDocument document = QJsonDocument::fromJson(params.toUtf8(), &error);
-        if (error.error != QJsonParseError::NoError)
+        const AlgoLogic::ParsedParamText parsed = AlgoLogic::parseParamText(params);
+        if (parsed.error.error != QJsonParseError::NoError)
             return;
-        const VariantMap paramMap = document.object().toVariantMap();
+        const VariantMap& paramMap = parsed.object;
         const QString side = paramMap.value(ContentKey::OrderSide).toString();
         double total = 0.0;
         const QVariantList legs = asList(paramMap.value(ContentKey::SymbolParamKey));
