@@ -4,6 +4,7 @@
 // window once the replay is over.
 
 #include "logfeed.h"
+#include "logfilter.h"
 #include "monitorwindow.h"
 #include "replaydriver.h"
 
@@ -11,7 +12,6 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLoggingCategory>
 #include <QPixmap>
 #include <QTextStream>
 #include <QTimer>
@@ -94,9 +94,7 @@ int main(int argc, char** argv)
                                  QStringLiteral("CAPTURE..."));
     parser.process(app);
 
-    if (!parser.isSet(verboseOption))
-        QLoggingCategory::setFilterRules(
-            QStringLiteral("algologic.*.debug=false\nalgologic.*.info=false"));
+    AlgoReplay::filterLibraryLog(parser.isSet(verboseOption));
 
     QTextStream errors(stderr);
     bool speedValid = false;

@@ -1,6 +1,7 @@
 // algo-replay: replays captured algo-server sessions through the library and
 // prints the resulting model (and, on request, every signal on the way).
 
+#include "logfilter.h"
 #include "replayer.h"
 #include "signalprinter.h"
 #include "snapshot.h"
@@ -10,7 +11,6 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QJsonDocument>
-#include <QLoggingCategory>
 #include <QTextStream>
 
 #include <cstdio>
@@ -59,11 +59,7 @@ int main(int argc, char** argv)
                                  QStringLiteral("CAPTURE..."));
     parser.process(app);
 
-    // The library explains itself at debug level; a command line wants its
-    // warnings only. QT_LOGGING_RULES still overrides this.
-    if (!parser.isSet(verboseOption))
-        QLoggingCategory::setFilterRules(
-            QStringLiteral("algologic.*.debug=false\nalgologic.*.info=false"));
+    AlgoReplay::filterLibraryLog(parser.isSet(verboseOption));
 
     QTextStream out(stdout);
     QTextStream errors(stderr);
